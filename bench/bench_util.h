@@ -1,0 +1,87 @@
+// Shared pieces of the benchmarks: frames of random data and registration of
+// a conversion as a vector run and a scalar-form run, reported in megapixels
+// per second.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <functional>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "frame/driver.h"
+#include "orvcc.h"
+#include "orvcore.h"
+
+namespace orvbench {
+
+constexpr int kWidth = 1920;
+constexpr int kHeight = 1080;
+
+// A buffer of `bytes` random bytes, 64-byte aligned.
+struct Buffer {
+    explicit Buffer(std::size_t bytes, uint32_t seed = 1) : raw(bytes + 64)
+    {
+        std::mt19937 rng(seed);
+        for (auto& b : raw)
+            b = static_cast<uint8_t>(rng());
+        const auto addr = reinterpret_cast<uintptr_t>(raw.data());
+        offset = (64 - addr % 64) % 64;
+    }
+    uint8_t* data() { return raw.data() + offset; }
+    template <class T>
+    T* as() { return reinterpret_cast<T*>(data()); }
+    std::vector<uint8_t> raw;
+    std::size_t offset = 0;
+};
+
+inline void reportPixels(benchmark::State& state, long long pixelsPerIteration)
+{
+    state.counters["MP/s"] = benchmark::Counter(double(pixelsPerIteration) * double(state.iterations()) / 1e6,
+                                                benchmark::Counter::kIsRate);
+}
+
+// Registers `name/vector` and `name/scalar` for a call over a 1920x1080 frame
+// with `srcBytes` and `dstBytes` bytes per pixel, on `threads` threads.
+using Call = std::function<OrvStatus(uint8_t* src, int srcStep, uint8_t* dst, int dstStep, RoiSize roi)>;
+
+inline void registerConversion(const std::string& name, int srcBytes, int dstBytes, Call call, int threads = 1)
+{
+    for (bool scalar : {false, true}) {
+        benchmark::RegisterBenchmark((name + (scalar ? "/scalar" : "/vector")).c_str(),
+                                     [=](benchmark::State& state) {
+                                         Buffer src(std::size_t(kWidth) * kHeight * srcBytes, 1);
+                                         Buffer dst(std::size_t(kWidth) * kHeight * dstBytes, 2);
+                                         orvSetNumThreads(threads);
+                                         h9::g_scalarBlocks = scalar;
+                                         for (auto _ : state) {
+                                             benchmark::DoNotOptimize(call(src.data(), kWidth * srcBytes, dst.data(),
+                                                                           kWidth * dstBytes, {kWidth, kHeight}));
+                                             benchmark::ClobberMemory();
+                                         }
+                                         h9::g_scalarBlocks = false;
+                                         orvSetNumThreads(0);
+                                         reportPixels(state, 1LL * kWidth * kHeight);
+                                     })
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime();
+    }
+}
+
+// Registers a peer's implementation of the same conversion.
+inline void registerPeer(const std::string& name, std::function<void(benchmark::State&)> body)
+{
+    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+        body(state);
+        reportPixels(state, 1LL * kWidth * kHeight);
+    })->Unit(benchmark::kMillisecond)->UseRealTime();
+}
+
+// Families register themselves from static initialisers in their files.
+struct Registrar {
+    explicit Registrar(void (*f)()) { f(); }
+};
+
+}  // namespace orvbench

@@ -1,0 +1,5 @@
+#include "frame/driver.h"
+
+namespace h9 {
+bool g_scalarBlocks = false;
+}

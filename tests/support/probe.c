@@ -1,0 +1,2 @@
+/* Runs only if this machine can execute binaries of the target. */
+int main(void) { return 0; }

@@ -39,24 +39,24 @@ void registerGray()
     registerConversion("RGBToGray_16u_AC4C1R", 8, 2, wrap<Orv16u, Orv16u>(orviRGBToGray_16u_AC4C1R));
     registerConversion("RGBToGray_16s_C3C1R", 6, 2, wrap<Orv16s, Orv16s>(orviRGBToGray_16s_C3C1R));
     registerConversion("RGBToGray_16s_AC4C1R", 8, 2, wrap<Orv16s, Orv16s>(orviRGBToGray_16s_AC4C1R));
-    registerConversion("RGBToGray_32f_C3C1R", 12, 4, wrap<Orv32f, Orv32f>(orviRGBToGray_32f_C3C1R));
-    registerConversion("RGBToGray_32f_AC4C1R", 16, 4, wrap<Orv32f, Orv32f>(orviRGBToGray_32f_AC4C1R));
+    registerConversion("RGBToGray_32f_C3C1R", 12, 4, wrap<Orv32f, Orv32f>(orviRGBToGray_32f_C3C1R), 1, Fill::Float01);
+    registerConversion("RGBToGray_32f_AC4C1R", 16, 4, wrap<Orv32f, Orv32f>(orviRGBToGray_32f_AC4C1R), 1, Fill::Float01);
     registerConversion("ColorToGray_8u_C3C1R", 3, 1, wrapWith<Orv8u, Orv8u>(orviColorToGray_8u_C3C1R, kCoeffs));
     registerConversion("ColorToGray_8u_AC4C1R", 4, 1, wrapWith<Orv8u, Orv8u>(orviColorToGray_8u_AC4C1R, kCoeffs));
     registerConversion("ColorToGray_16u_C3C1R", 6, 2, wrapWith<Orv16u, Orv16u>(orviColorToGray_16u_C3C1R, kCoeffs));
     registerConversion("ColorToGray_16u_AC4C1R", 8, 2, wrapWith<Orv16u, Orv16u>(orviColorToGray_16u_AC4C1R, kCoeffs));
     registerConversion("ColorToGray_16s_C3C1R", 6, 2, wrapWith<Orv16s, Orv16s>(orviColorToGray_16s_C3C1R, kCoeffs));
     registerConversion("ColorToGray_16s_AC4C1R", 8, 2, wrapWith<Orv16s, Orv16s>(orviColorToGray_16s_AC4C1R, kCoeffs));
-    registerConversion("ColorToGray_32f_C3C1R", 12, 4, wrapWith<Orv32f, Orv32f>(orviColorToGray_32f_C3C1R, kCoeffs));
-    registerConversion("ColorToGray_32f_AC4C1R", 16, 4, wrapWith<Orv32f, Orv32f>(orviColorToGray_32f_AC4C1R, kCoeffs));
-    registerConversion("ColorToGray_64f_C3C1R", 24, 8, wrapWith<Orv64f, Orv64f>(orviColorToGray_64f_C3C1R, kCoeffs64));
-    registerConversion("ColorToGray_64f_AC4C1R", 32, 8, wrapWith<Orv64f, Orv64f>(orviColorToGray_64f_AC4C1R, kCoeffs64));
+    registerConversion("ColorToGray_32f_C3C1R", 12, 4, wrapWith<Orv32f, Orv32f>(orviColorToGray_32f_C3C1R, kCoeffs), 1, Fill::Float01);
+    registerConversion("ColorToGray_32f_AC4C1R", 16, 4, wrapWith<Orv32f, Orv32f>(orviColorToGray_32f_AC4C1R, kCoeffs), 1, Fill::Float01);
+    registerConversion("ColorToGray_64f_C3C1R", 24, 8, wrapWith<Orv64f, Orv64f>(orviColorToGray_64f_C3C1R, kCoeffs64), 1, Fill::Double01);
+    registerConversion("ColorToGray_64f_AC4C1R", 32, 8, wrapWith<Orv64f, Orv64f>(orviColorToGray_64f_AC4C1R, kCoeffs64), 1, Fill::Double01);
     registerConversion("GrayToRGB_8u_C1C3R", 1, 3, wrap<Orv8u, Orv8u>(orviGrayToRGB_8u_C1C3R));
     registerConversion("GrayToRGB_16u_C1C3R", 2, 6, wrap<Orv16u, Orv16u>(orviGrayToRGB_16u_C1C3R));
-    registerConversion("GrayToRGB_32f_C1C3R", 4, 12, wrap<Orv32f, Orv32f>(orviGrayToRGB_32f_C1C3R));
+    registerConversion("GrayToRGB_32f_C1C3R", 4, 12, wrap<Orv32f, Orv32f>(orviGrayToRGB_32f_C1C3R), 1, Fill::Float01);
     registerConversion("GrayToRGB_8u_C1C4R", 1, 4, wrapWith<Orv8u, Orv8u>(orviGrayToRGB_8u_C1C4R, Orv8u(255)));
     registerConversion("GrayToRGB_16u_C1C4R", 2, 8, wrapWith<Orv16u, Orv16u>(orviGrayToRGB_16u_C1C4R, Orv16u(65535)));
-    registerConversion("GrayToRGB_32f_C1C4R", 4, 16, wrapWith<Orv32f, Orv32f>(orviGrayToRGB_32f_C1C4R, 1.0f));
+    registerConversion("GrayToRGB_32f_C1C4R", 4, 16, wrapWith<Orv32f, Orv32f>(orviGrayToRGB_32f_C1C4R, 1.0f), 1, Fill::Float01);
     registerConversion("YCbCr422ToGray_8u_C2C1R", 2, 1, wrap<Orv8u, Orv8u>(orviYCbCr422ToGray_8u_C2C1R));
 
 #ifdef ORVCC_HAVE_OPENCV

@@ -20,15 +20,27 @@ namespace orvbench {
 constexpr int kWidth = 1920;
 constexpr int kHeight = 1080;
 
-// A buffer of `bytes` random bytes, 64-byte aligned.
+// What a source buffer holds: random bytes, or floats / doubles in [0, 1)
+// (random bytes as floats would be full of NaNs and denormals, which time
+// the processor's slow paths rather than the conversion).
+enum class Fill { Bytes, Float01, Double01 };
+
+// A buffer of `bytes` bytes of random data, 64-byte aligned.
 struct Buffer {
-    explicit Buffer(std::size_t bytes, uint32_t seed = 1) : raw(bytes + 64)
+    explicit Buffer(std::size_t bytes, uint32_t seed = 1, Fill fill = Fill::Bytes) : raw(bytes + 64)
     {
+        const auto addr = reinterpret_cast<uintptr_t>(raw.data());
+        offset = (64 - addr % 64) % 64;
         std::mt19937 rng(seed);
         for (auto& b : raw)
             b = static_cast<uint8_t>(rng());
-        const auto addr = reinterpret_cast<uintptr_t>(raw.data());
-        offset = (64 - addr % 64) % 64;
+        std::uniform_real_distribution<double> unit(0.0, 1.0);
+        if (fill == Fill::Float01)
+            for (std::size_t i = 0; i + 4 <= bytes; i += 4)
+                *reinterpret_cast<float*>(data() + i) = float(unit(rng));
+        if (fill == Fill::Double01)
+            for (std::size_t i = 0; i + 8 <= bytes; i += 8)
+                *reinterpret_cast<double*>(data() + i) = unit(rng);
     }
     uint8_t* data() { return raw.data() + offset; }
     template <class T>
@@ -39,7 +51,8 @@ struct Buffer {
 
 inline void reportPixels(benchmark::State& state, long long pixelsPerIteration)
 {
-    state.counters["MP/s"] = benchmark::Counter(double(pixelsPerIteration) * double(state.iterations()) / 1e6,
+    // Shown as px/s with an SI prefix: 9.37G/s is 9370 megapixels per second.
+    state.counters["px/s"] = benchmark::Counter(double(pixelsPerIteration) * double(state.iterations()),
                                                 benchmark::Counter::kIsRate);
 }
 
@@ -47,12 +60,13 @@ inline void reportPixels(benchmark::State& state, long long pixelsPerIteration)
 // with `srcBytes` and `dstBytes` bytes per pixel, on `threads` threads.
 using Call = std::function<OrvStatus(uint8_t* src, int srcStep, uint8_t* dst, int dstStep, RoiSize roi)>;
 
-inline void registerConversion(const std::string& name, int srcBytes, int dstBytes, Call call, int threads = 1)
+inline void registerConversion(const std::string& name, int srcBytes, int dstBytes, Call call, int threads = 1,
+                               Fill fill = Fill::Bytes)
 {
     for (bool scalar : {false, true}) {
         benchmark::RegisterBenchmark((name + (scalar ? "/scalar" : "/vector")).c_str(),
                                      [=](benchmark::State& state) {
-                                         Buffer src(std::size_t(kWidth) * kHeight * srcBytes, 1);
+                                         Buffer src(std::size_t(kWidth) * kHeight * srcBytes, 1, fill);
                                          Buffer dst(std::size_t(kWidth) * kHeight * dstBytes, 2);
                                          orvSetNumThreads(threads);
                                          h9::g_scalarBlocks = scalar;

@@ -6,6 +6,6 @@ cd "$(dirname "$0")/.."
 tools/deps.sh
 dir=${1:-build}
 shift || true
-cmake -S . -B "$dir" "$@" >/dev/null
+cmake -S . -B "$dir" -DORVCC_BUILD_TESTS=ON "$@" >/dev/null
 cmake --build "$dir" -j "$(nproc)"
 ctest --test-dir "$dir" --output-on-failure -j "$(nproc)"

@@ -1,0 +1,262 @@
+// RGB and studio-range YCbCr at full resolution: vector paths against scalar
+// forms, where each row splits between its forms, the range ends, the alpha
+// rules and the order of the argument checks.
+#include <array>
+#include <vector>
+
+#include "support/planes.h"
+
+using namespace orvtest;
+
+namespace {
+
+using F = Fault;
+using Bytes = std::vector<uint8_t>;
+
+// Blocks of 4, but a remainder of 12 past the last 16 gets one block of 4.
+int inverseC3End(int w) { return (w & 12) == 12 ? (w & ~15) + 4 : (w & ~3); }
+
+const std::vector<Conversion>& conversions()
+{
+    const std::vector<F> rect = {F::SrcNull, F::DstNull, F::Width, F::Height};
+    const std::vector<F> toPlanes = {F::SrcNull, F::DstNull, F::Width, F::Height, F::DstPlane0, F::DstPlane1, F::DstPlane2};
+    const std::vector<F> fromPlanes = {F::SrcNull, F::DstNull, F::Width, F::Height, F::SrcPlane0, F::SrcPlane1, F::SrcPlane2};
+    const std::vector<F> planesFirst = {F::SrcNull, F::DstNull, F::SrcPlane0, F::SrcPlane1, F::SrcPlane2, F::Height, F::Width};
+    static const std::vector<Conversion> all = {
+        {"RGBToYCbCr_8u_C3R", {1, 3}, {1, 3}, call(orviRGBToYCbCr_8u_C3R), blocksOf(16), rect},
+        {"RGBToYCbCr_8u_AC4R", {1, 4}, {1, 4}, call(orviRGBToYCbCr_8u_AC4R), blocksOf(16), rect},
+        {"RGBToYCbCr_8u_C3P3R", {1, 3}, {3, 1}, call(orviRGBToYCbCr_8u_C3P3R), blocksOf(16), toPlanes},
+        {"RGBToYCbCr_8u_AC4P3R", {1, 4}, {3, 1}, call(orviRGBToYCbCr_8u_AC4P3R), blocksOf(16), toPlanes},
+        {"RGBToYCbCr_8u_P3R", {3, 1}, {3, 1}, call(orviRGBToYCbCr_8u_P3R), blocksOf(8),
+         {F::SrcNull, F::DstNull, F::Width, F::Height, F::SrcPlane0, F::SrcPlane1, F::SrcPlane2, F::DstPlane0,
+          F::DstPlane1, F::DstPlane2}},
+        {"YCbCrToRGB_8u_C3R", {1, 3}, {1, 3}, call(orviYCbCrToRGB_8u_C3R), inverseC3End, rect},
+        {"YCbCrToRGB_8u_P3C3R", {3, 1}, {1, 3}, call(orviYCbCrToRGB_8u_P3C3R), blocksOf(4), planesFirst},
+        {"YCbCrToBGR_8u_P3C3R", {3, 1}, {1, 3}, call(orviYCbCrToBGR_8u_P3C3R), blocksOf(4), planesFirst},
+        {"YCbCrToRGB_8u_P3R", {3, 1}, {3, 1}, call(orviYCbCrToRGB_8u_P3R), blocksOf(4),
+         {F::SrcNull, F::DstNull, F::Width, F::Height, F::DstPlane0, F::DstPlane1, F::DstPlane2, F::SrcPlane0,
+          F::SrcPlane1, F::SrcPlane2}},
+        {"YCbCrToRGB_8u_AC4R", {1, 4}, {1, 4}, call(orviYCbCrToRGB_8u_AC4R), wholeRow, rect},
+        {"YCbCrToRGB_8u_P3C4R", {3, 1}, {1, 4}, call(orviYCbCrToRGB_8u_P3C4R, Orv8u(9)), blocksOf(8), fromPlanes},
+        {"YCbCrToBGR_8u_P3C4R", {3, 1}, {1, 4}, call(orviYCbCrToBGR_8u_P3C4R, Orv8u(255)), wholeRow, planesFirst},
+    };
+    return all;
+}
+
+const Conversion& conv(const std::string& name)
+{
+    for (const auto& c : conversions())
+        if (c.name == name)
+            return c;
+    ADD_FAILURE() << name;
+    return conversions()[0];
+}
+
+Bytes colour(const std::string& name, std::array<uint8_t, 3> in, int width, int index = 0)
+{
+    Bytes b = convertColour(conv(name), in, width, index);
+    b.resize(3);
+    return b;
+}
+
+// Known answers of the block form (pixel 0 of a row of 32) and the tail form
+// (a row of one pixel), worked out by hand-checked arithmetic from the
+// definitions of the forms, in the destination's channel order.
+struct KnownAnswers {
+    const char* name;
+    std::array<std::array<uint8_t, 3>, 15> block, tail;
+};
+
+const std::array<std::array<uint8_t, 3>, 15> kColours = {{{12, 200, 77}, {255, 0, 128}, {90, 90, 250}, {3, 141, 59}, {200, 17, 230},
+                                                 {250, 250, 5}, {128, 60, 0}, {120, 140, 110}, {60, 100, 150}, {235, 16, 240},
+                                                 {16, 240, 16}, {1, 53, 185}, {12, 64, 196}, {145, 109, 134}, {36, 141, 29}}};
+
+const KnownAnswers kAnswers[] = {
+    {"RGBToYCbCr_8u_C3R",
+     {{{127, 102, 54}, {94, 146, 231}, {109, 198, 117}, {94, 112, 73}, {99, 194, 193},
+       {207, 20, 145}, {79, 92, 162}, {128, 118, 121}, {97, 156, 107}, {108, 194, 208},
+       {143, 63, 46}, {61, 194, 96}, {71, 194, 96}, {121, 134, 142}, {99, 94, 90}}},
+     {{{127, 102, 54}, {94, 146, 231}, {109, 198, 117}, {94, 112, 73}, {99, 194, 193},
+       {207, 20, 145}, {79, 92, 162}, {128, 118, 121}, {97, 156, 107}, {108, 194, 208},
+       {143, 63, 46}, {61, 194, 96}, {71, 194, 96}, {121, 134, 142}, {99, 94, 90}}}},
+    {"RGBToYCbCr_8u_AC4R",
+     {{{127, 102, 54}, {94, 146, 231}, {109, 198, 117}, {94, 112, 73}, {99, 194, 193},
+       {207, 20, 145}, {79, 92, 162}, {128, 118, 121}, {97, 156, 107}, {108, 194, 208},
+       {143, 63, 46}, {61, 194, 96}, {71, 194, 96}, {121, 134, 142}, {99, 94, 90}}},
+     {{{127, 102, 54}, {94, 146, 231}, {109, 198, 117}, {94, 112, 73}, {99, 194, 193},
+       {207, 20, 145}, {79, 92, 162}, {128, 118, 121}, {97, 156, 107}, {108, 194, 208},
+       {143, 63, 46}, {61, 194, 96}, {71, 194, 96}, {121, 134, 142}, {99, 94, 90}}}},
+    {"RGBToYCbCr_8u_C3P3R",
+     {{{127, 102, 54}, {94, 146, 231}, {109, 198, 117}, {94, 112, 73}, {99, 194, 193},
+       {207, 20, 145}, {79, 92, 162}, {128, 118, 121}, {97, 156, 107}, {108, 194, 208},
+       {143, 63, 46}, {61, 194, 96}, {71, 194, 96}, {121, 134, 142}, {99, 94, 90}}},
+     {{{127, 102, 54}, {94, 146, 231}, {109, 198, 117}, {94, 112, 73}, {99, 194, 193},
+       {207, 20, 145}, {79, 92, 162}, {128, 118, 121}, {97, 156, 107}, {108, 194, 208},
+       {143, 63, 46}, {61, 194, 96}, {71, 194, 96}, {121, 134, 142}, {99, 94, 90}}}},
+    {"RGBToYCbCr_8u_AC4P3R",
+     {{{127, 102, 54}, {94, 146, 231}, {109, 198, 117}, {94, 112, 73}, {99, 194, 193},
+       {207, 20, 145}, {79, 92, 162}, {128, 118, 121}, {97, 156, 107}, {108, 194, 208},
+       {143, 63, 46}, {61, 194, 96}, {71, 194, 96}, {121, 134, 142}, {99, 94, 90}}},
+     {{{127, 102, 54}, {94, 146, 231}, {109, 198, 117}, {94, 112, 73}, {99, 194, 193},
+       {207, 20, 145}, {79, 92, 162}, {128, 118, 121}, {97, 156, 107}, {108, 194, 208},
+       {143, 63, 46}, {61, 194, 96}, {71, 194, 96}, {121, 134, 142}, {99, 94, 90}}}},
+    {"RGBToYCbCr_8u_P3R",
+     {{{127, 102, 54}, {94, 146, 231}, {109, 198, 117}, {94, 112, 73}, {99, 194, 193},
+       {207, 20, 145}, {79, 92, 162}, {128, 118, 121}, {97, 156, 107}, {108, 194, 208},
+       {143, 63, 46}, {61, 194, 96}, {71, 194, 96}, {121, 134, 142}, {99, 94, 90}}},
+     {{{127, 102, 54}, {94, 146, 231}, {109, 198, 117}, {94, 112, 73}, {99, 194, 193},
+       {207, 20, 145}, {79, 92, 162}, {128, 118, 121}, {97, 156, 107}, {108, 194, 208},
+       {143, 63, 46}, {61, 194, 96}, {71, 194, 96}, {121, 134, 142}, {99, 94, 90}}}},
+    {"YCbCrToRGB_8u_C3R",
+     {{{0, 9, 140}, {255, 255, 20}, {255, 2, 9}, {0, 36, 11}, {255, 175, 0},
+       {76, 255, 255}, {0, 255, 0}, {92, 131, 145}, {86, 44, 0}, {255, 208, 29},
+       {0, 47, 226}, {73, 0, 0}, {104, 0, 0}, {160, 153, 112}, {0, 99, 49}}},
+     {{{0, 9, 141}, {255, 255, 20}, {255, 2, 9}, {0, 36, 11}, {255, 175, 0},
+       {76, 255, 255}, {0, 255, 0}, {92, 131, 145}, {86, 44, 0}, {255, 208, 29},
+       {0, 47, 226}, {74, 0, 0}, {104, 0, 0}, {160, 153, 112}, {0, 99, 50}}}},
+    {"YCbCrToRGB_8u_P3C3R",
+     {{{0, 9, 140}, {255, 255, 20}, {255, 2, 9}, {0, 36, 11}, {255, 175, 0},
+       {76, 255, 255}, {0, 255, 0}, {92, 131, 145}, {86, 44, 0}, {255, 208, 29},
+       {0, 47, 226}, {73, 0, 0}, {104, 0, 0}, {160, 153, 112}, {0, 99, 49}}},
+     {{{0, 9, 141}, {255, 255, 20}, {255, 2, 9}, {0, 36, 11}, {255, 175, 0},
+       {76, 255, 255}, {0, 255, 0}, {92, 131, 145}, {86, 44, 0}, {255, 208, 29},
+       {0, 47, 226}, {74, 0, 0}, {104, 0, 0}, {160, 153, 112}, {0, 99, 50}}}},
+    {"YCbCrToBGR_8u_P3C3R",
+     {{{140, 9, 0}, {20, 255, 255}, {9, 2, 255}, {11, 36, 0}, {0, 175, 255},
+       {255, 255, 76}, {0, 255, 0}, {145, 131, 92}, {0, 44, 86}, {29, 208, 255},
+       {226, 47, 0}, {0, 0, 73}, {0, 0, 104}, {112, 153, 160}, {49, 99, 0}}},
+     {{{141, 9, 0}, {20, 255, 255}, {9, 2, 255}, {11, 36, 0}, {0, 175, 255},
+       {255, 255, 76}, {0, 255, 0}, {145, 131, 92}, {0, 44, 86}, {29, 208, 255},
+       {226, 47, 0}, {0, 0, 74}, {0, 0, 104}, {112, 153, 160}, {50, 99, 0}}}},
+    {"YCbCrToRGB_8u_P3R",
+     {{{0, 8, 140}, {255, 255, 20}, {255, 1, 9}, {0, 35, 11}, {255, 174, 0},
+       {76, 255, 255}, {0, 255, 0}, {92, 130, 145}, {86, 44, 0}, {255, 207, 28},
+       {0, 47, 225}, {73, 0, 0}, {103, 0, 0}, {159, 152, 111}, {0, 98, 49}}},
+     {{{0, 9, 141}, {255, 255, 20}, {255, 2, 9}, {0, 36, 11}, {255, 175, 0},
+       {76, 255, 255}, {0, 255, 0}, {92, 131, 145}, {86, 44, 0}, {255, 208, 29},
+       {0, 47, 226}, {74, 0, 0}, {104, 0, 0}, {160, 153, 112}, {0, 99, 50}}}},
+    {"YCbCrToRGB_8u_AC4R",
+     {{{0, 8, 140}, {255, 255, 20}, {255, 1, 9}, {0, 35, 11}, {255, 174, 0},
+       {76, 255, 255}, {0, 255, 0}, {92, 130, 145}, {86, 44, 0}, {255, 207, 29},
+       {0, 47, 225}, {73, 0, 0}, {103, 0, 0}, {159, 152, 111}, {0, 98, 49}}},
+     {{{0, 8, 140}, {255, 255, 20}, {255, 1, 9}, {0, 35, 11}, {255, 174, 0},
+       {76, 255, 255}, {0, 255, 0}, {92, 130, 145}, {86, 44, 0}, {255, 207, 29},
+       {0, 47, 225}, {73, 0, 0}, {103, 0, 0}, {159, 152, 111}, {0, 98, 49}}}},
+    {"YCbCrToRGB_8u_P3C4R",
+     {{{0, 9, 141}, {255, 255, 20}, {255, 2, 9}, {0, 36, 11}, {255, 175, 0},
+       {76, 255, 255}, {0, 255, 0}, {92, 131, 145}, {86, 44, 0}, {255, 208, 29},
+       {0, 47, 226}, {73, 0, 0}, {104, 0, 0}, {160, 153, 112}, {0, 99, 49}}},
+     {{{0, 9, 141}, {255, 255, 20}, {255, 2, 9}, {0, 36, 11}, {255, 175, 0},
+       {76, 255, 255}, {0, 255, 0}, {92, 131, 145}, {86, 44, 0}, {255, 208, 29},
+       {0, 47, 226}, {74, 0, 0}, {104, 0, 0}, {160, 153, 112}, {0, 99, 50}}}},
+    {"YCbCrToBGR_8u_P3C4R",
+     {{{141, 9, 0}, {20, 255, 255}, {9, 2, 255}, {11, 36, 0}, {0, 175, 255},
+       {255, 255, 76}, {0, 255, 0}, {145, 131, 92}, {0, 44, 86}, {29, 208, 255},
+       {226, 47, 0}, {0, 0, 73}, {0, 0, 104}, {112, 153, 160}, {49, 99, 0}}},
+     {{{141, 9, 0}, {20, 255, 255}, {9, 2, 255}, {11, 36, 0}, {0, 175, 255},
+       {255, 255, 76}, {0, 255, 0}, {145, 131, 92}, {0, 44, 86}, {29, 208, 255},
+       {226, 47, 0}, {0, 0, 73}, {0, 0, 104}, {112, 153, 160}, {49, 99, 0}}}},
+};
+
+TEST(YCbCr, KnownAnswersOfEveryForm)
+{
+    for (const auto& k : kAnswers) {
+        for (std::size_t i = 0; i < kColours.size(); ++i) {
+            const auto& b = k.block[i];
+            const auto& t = k.tail[i];
+            EXPECT_EQ(colour(k.name, kColours[i], 32), (Bytes{b[0], b[1], b[2]})) << k.name << " colour " << i;
+            EXPECT_EQ(colour(k.name, kColours[i], 1), (Bytes{t[0], t[1], t[2]})) << k.name << " colour " << i;
+        }
+    }
+}
+
+TEST(YCbCr, VectorPathsMatchScalarForms)
+{
+    for (const auto& c : conversions())
+        expectVectorMatchesScalar(c);
+}
+
+TEST(YCbCr, RowsSplitBetweenBlockAndTailForms)
+{
+    for (const auto& c : conversions())
+        if (c.blockEnd(37) != 37)
+            expectSplit(c);
+}
+
+TEST(YCbCr, InterleavedInverseBlockEnds)
+{
+    // Remainders of 4 and 8 are blocks; a remainder of 12 keeps only 4.
+    EXPECT_EQ(inverseC3End(7), 4);
+    EXPECT_EQ(inverseC3End(11), 8);
+    EXPECT_EQ(inverseC3End(12), 4);
+    EXPECT_EQ(inverseC3End(15), 4);
+    EXPECT_EQ(inverseC3End(16), 16);
+    EXPECT_EQ(inverseC3End(45), 36);
+    EXPECT_EQ(inverseC3End(46), 36);
+}
+
+TEST(YCbCr, CheckOrderAndNothingWrittenOnFailure)
+{
+    for (const auto& c : conversions())
+        expectCheckOrder(c);
+}
+
+TEST(YCbCr, RangeEnds)
+{
+    for (const auto& c : conversions()) {
+        const bool forward = c.name.rfind("RGBToYCbCr", 0) == 0;
+        const bool bgr = c.name.find("ToBGR") != std::string::npos;
+        for (int w : {1, 4, 8, 16, 32}) {
+            if (forward) {
+                EXPECT_EQ(colour(c.name, {0, 0, 0}, w), (Bytes{16, 128, 128})) << c.name << " " << w;
+                EXPECT_EQ(colour(c.name, {255, 255, 255}, w), (Bytes{235, 128, 128})) << c.name << " " << w;
+            } else {
+                EXPECT_EQ(colour(c.name, {16, 128, 128}, w), (Bytes{0, 0, 0})) << c.name << " " << w;
+                // White: the forms without a rounding term (the block form of
+                // the planar member and every pixel of AC4R) stop at 254.
+                const bool truncates = c.name == "YCbCrToRGB_8u_AC4R" || (c.name == "YCbCrToRGB_8u_P3R" && w >= 4);
+                const uint8_t top = truncates ? 254 : 255;
+                EXPECT_EQ(colour(c.name, {235, 128, 128}, w), (Bytes{top, top, top})) << c.name << " " << w;
+                // Luma below 16 clamps at 0; strong Cr gives red, in memory
+                // order of the destination.
+                EXPECT_EQ(colour(c.name, {0, 128, 128}, w), (Bytes{0, 0, 0})) << c.name;
+                const Bytes red = colour(c.name, {81, 90, 255}, w);
+                EXPECT_EQ(red[bgr ? 2 : 0], 255) << c.name << " " << w;
+                EXPECT_EQ(red[1], 0) << c.name << " " << w;
+            }
+        }
+    }
+}
+
+TEST(YCbCr, AlphaRules)
+{
+    // RGBToYCbCr AC4R: 0 in the block part, untouched in the last width & 15.
+    const Conversion& fwd = conv("RGBToYCbCr_8u_AC4R");
+    for (int x = 0; x < 20; ++x)
+        EXPECT_EQ(convertColour(fwd, {1, 2, 3}, 20, x)[3], x < 16 ? 0 : 0xEE) << x;
+    EXPECT_EQ(convertColour(fwd, {1, 2, 3}, 15, 0)[3], 0xEE);
+    // YCbCrToRGB AC4R leaves the fourth byte alone.
+    for (int w : {1, 16, 21})
+        for (int x : {0, w - 1})
+            EXPECT_EQ(convertColour(conv("YCbCrToRGB_8u_AC4R"), {100, 100, 100}, w, x)[3], 0xEE);
+    // The P3C4 members write the caller's alpha in every pixel.
+    for (int w : {1, 7, 8, 13})
+        for (int x = 0; x < w; ++x) {
+            EXPECT_EQ(convertColour(conv("YCbCrToBGR_8u_P3C4R"), {100, 100, 100}, w, x)[3], 255);
+            EXPECT_EQ(convertColour(conv("YCbCrToRGB_8u_P3C4R"), {100, 100, 100}, w, x)[3], 9);
+        }
+}
+
+TEST(YCbCr, BgrMembersSwapRedAndBlue)
+{
+    std::mt19937 rng(17);
+    for (int i = 0; i < 50; ++i) {
+        const std::array<uint8_t, 3> c{uint8_t(rng()), uint8_t(rng()), uint8_t(rng())};
+        for (int w : {3, 4}) {
+            const Bytes rgb = colour("YCbCrToRGB_8u_P3C3R", c, w), bgr = colour("YCbCrToBGR_8u_P3C3R", c, w);
+            EXPECT_EQ(rgb, (Bytes{bgr[2], bgr[1], bgr[0]}));
+        }
+    }
+}
+
+}  // namespace

@@ -102,17 +102,25 @@ inline __m256i shl32(__m256i a) { return _mm256_slli_epi32(a, N); }
 template <int N>
 inline __m256i sra32(__m256i a) { return _mm256_srai_epi32(a, N); }
 
-// 16 pixels of three channels as bytes.
-struct Bytes3 {
-    __m128i c[3];
-    const __m128i& operator[](int k) const { return c[k]; }
+// 32 pixels of one channel in two vectors of 16-bit lanes, in the order of
+// the byte unpacks: `lo` holds pixels 0-7 and 16-23, `hi` pixels 8-15 and
+// 24-31. Every form works lane by lane, so the order only has to be undone
+// by the pack at the end (packBytes).
+struct Wide {
+    V lo, hi;
+};
+struct Wide3 {
+    Wide a, b, c;
 };
 
-// 16-bit lanes to bytes with unsigned saturation (packuswb), pixel order kept.
-inline __m128i packBytes(V v)
+inline Wide widen(__m256i bytes)
 {
-    return _mm_packus_epi16(_mm256_castsi256_si128(v), _mm256_extracti128_si256(v, 1));
+    const __m256i z = _mm256_setzero_si256();
+    return {_mm256_unpacklo_epi8(bytes, z), _mm256_unpackhi_epi8(bytes, z)};
 }
+
+// Back to 32 bytes in pixel order, saturated to 0 .. 255 (packuswb).
+inline __m256i packBytes(const Wide& w) { return _mm256_packus_epi16(w.lo, w.hi); }
 
 // ---------------------------------------------------------------------------
 // The scalar inverse of both families, 16 fraction bits in 32-bit arithmetic:
@@ -163,10 +171,11 @@ struct Kernel {
 };
 
 // ---------------------------------------------------------------------------
-// Layouts. An input gives a pixel's three channels as bytes (get) and 16
-// pixels as 16-bit lanes (load16); an output takes three bytes (put) or 16
-// pixels of three byte vectors (store16). `block` tells an output whether the
-// pixel lies in the block part of the row, for alpha rules that differ there.
+// Layouts. An input gives a pixel's three channels as bytes (get) and 32
+// pixels as 16-bit lanes (load32); an output takes three bytes (put) or 32
+// pixels as three byte vectors in pixel order (store32). `block` tells an
+// output whether the pixel lies in the block part of the row, for alpha
+// rules that differ there.
 
 // pshufb mask that spreads byte vectors of channel `ch` (pixel k at byte k)
 // over chunk `chunk` of an interleaved run of `channels`-byte pixels; bytes
@@ -182,44 +191,45 @@ constexpr std::array<int8_t, 16> spreadMask(int channels, int ch, int chunk)
 }
 
 template <int Channels, int Ch, int Chunk>
-inline __m128i spreadMask128()
+inline __m256i spreadMask256()
 {
     static constexpr auto m = spreadMask(Channels, Ch, Chunk);
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(m.data()));
+    return _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(m.data())));
 }
 
-// Interleaved pixels of Ch bytes (3, or 4 with a fourth byte not read).
+// Interleaved pixels of Ch bytes (3, or 4 with a fourth byte not used).
 template <int Ch>
 struct PackedIn {
     const uint8_t* p;
 
     Px get(int i) const { return {p[Ch * i], p[Ch * i + 1], p[Ch * i + 2]}; }
 
-    V3 load16(int i) const
+    Wide3 load32(int i) const
     {
         const uint8_t* s = p + Ch * i;
         if constexpr (Ch == 3) {
-            const __m128i a0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
-            const __m128i a1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 16));
-            const __m128i a2 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 32));
-            auto channel = [&](__m128i m0, __m128i m1, __m128i m2) {
-                return _mm256_cvtepu8_epi16(_mm_or_si128(
-                    _mm_or_si128(_mm_shuffle_epi8(a0, m0), _mm_shuffle_epi8(a1, m1)), _mm_shuffle_epi8(a2, m2)));
+            // Lane 0 gathers pixels 0-15 from bytes 0-47, lane 1 pixels
+            // 16-31 from bytes 48-95.
+            const __m256i a0 = simd::load2x128(s, s + 48);
+            const __m256i a1 = simd::load2x128(s + 16, s + 64);
+            const __m256i a2 = simd::load2x128(s + 32, s + 80);
+            auto channel = [&](__m256i m0, __m256i m1, __m256i m2) {
+                return widen(_mm256_or_si256(_mm256_or_si256(_mm256_shuffle_epi8(a0, m0), _mm256_shuffle_epi8(a1, m1)),
+                                             _mm256_shuffle_epi8(a2, m2)));
             };
-            using simd::gatherMask128;
-            return {channel(gatherMask128<3, 0, 0, 1>(), gatherMask128<3, 0, 1, 1>(), gatherMask128<3, 0, 2, 1>()),
-                    channel(gatherMask128<3, 1, 0, 1>(), gatherMask128<3, 1, 1, 1>(), gatherMask128<3, 1, 2, 1>()),
-                    channel(gatherMask128<3, 2, 0, 1>(), gatherMask128<3, 2, 1, 1>(), gatherMask128<3, 2, 2, 1>())};
+            using simd::gatherMask256;
+            return {channel(gatherMask256<3, 0, 0, 1>(), gatherMask256<3, 0, 1, 1>(), gatherMask256<3, 0, 2, 1>()),
+                    channel(gatherMask256<3, 1, 0, 1>(), gatherMask256<3, 1, 1, 1>(), gatherMask256<3, 1, 2, 1>()),
+                    channel(gatherMask256<3, 2, 0, 1>(), gatherMask256<3, 2, 1, 1>(), gatherMask256<3, 2, 2, 1>())};
         } else {
-            // Pixels 0-7 and 8-15 as 32-bit words; each channel is masked out
-            // and packed to 16 bits, the pack's lane order undone by permute.
-            const __m256i v0 = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s));
-            const __m256i v1 = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + 32));
+            // Four pixels per 128-bit half, paired so that packing the 32-bit
+            // words of a channel to 16 bits lands in the unpack order.
+            const __m256i w0 = simd::load2x128(s, s + 64), w1 = simd::load2x128(s + 16, s + 80);
+            const __m256i w2 = simd::load2x128(s + 32, s + 96), w3 = simd::load2x128(s + 48, s + 112);
             const __m256i m = _mm256_set1_epi32(0xff);
             auto channel = [&](int shift) {
-                const __m256i c0 = _mm256_and_si256(_mm256_srli_epi32(v0, shift), m);
-                const __m256i c1 = _mm256_and_si256(_mm256_srli_epi32(v1, shift), m);
-                return _mm256_permute4x64_epi64(_mm256_packus_epi32(c0, c1), 0xD8);
+                auto c = [&](__m256i w) { return _mm256_and_si256(_mm256_srli_epi32(w, shift), m); };
+                return Wide{_mm256_packus_epi32(c(w0), c(w1)), _mm256_packus_epi32(c(w2), c(w3))};
             };
             return {channel(0), channel(8), channel(16)};
         }
@@ -232,9 +242,9 @@ struct PlanesIn {
 
     Px get(int i) const { return {p[0][i], p[1][i], p[2][i]}; }
 
-    V3 load16(int i) const
+    Wide3 load32(int i) const
     {
-        auto plane = [&](int k) { return _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p[k] + i))); };
+        auto plane = [&](int k) { return widen(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p[k] + i))); };
         return {plane(0), plane(1), plane(2)};
     }
 };
@@ -266,37 +276,42 @@ struct PackedOut {
                 d[3] = 0;
     }
 
-    void store16(int i, const Bytes3& o) const
+    // c0, c1, c2: the channels in R, G, B order, pixels 0-15 in lane 0 and
+    // 16-31 in lane 1.
+    void store32(int i, __m256i x0, __m256i x1, __m256i x2) const
     {
         uint8_t* d = p + Ch * i;
-        const __m128i c0 = o[Swap ? 2 : 0], c1 = o[1], c2 = o[Swap ? 0 : 2];
+        const __m256i c0 = Swap ? x2 : x0, c1 = x1, c2 = Swap ? x0 : x2;
         if constexpr (Ch == 3) {
-            auto chunk = [&](__m128i m0, __m128i m1, __m128i m2) {
-                return _mm_or_si128(_mm_or_si128(_mm_shuffle_epi8(c0, m0), _mm_shuffle_epi8(c1, m1)),
-                                    _mm_shuffle_epi8(c2, m2));
+            auto chunk = [&](__m256i m0, __m256i m1, __m256i m2) {
+                return _mm256_or_si256(_mm256_or_si256(_mm256_shuffle_epi8(c0, m0), _mm256_shuffle_epi8(c1, m1)),
+                                       _mm256_shuffle_epi8(c2, m2));
             };
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(d),
-                             chunk(spreadMask128<3, 0, 0>(), spreadMask128<3, 1, 0>(), spreadMask128<3, 2, 0>()));
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 16),
-                             chunk(spreadMask128<3, 0, 1>(), spreadMask128<3, 1, 1>(), spreadMask128<3, 2, 1>()));
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 32),
-                             chunk(spreadMask128<3, 0, 2>(), spreadMask128<3, 1, 2>(), spreadMask128<3, 2, 2>()));
+            auto store = [&](int k, __m256i v) {
+                _mm256_storeu2_m128i(reinterpret_cast<__m128i*>(d + 48 + 16 * k), reinterpret_cast<__m128i*>(d + 16 * k), v);
+            };
+            store(0, chunk(spreadMask256<3, 0, 0>(), spreadMask256<3, 1, 0>(), spreadMask256<3, 2, 0>()));
+            store(1, chunk(spreadMask256<3, 0, 1>(), spreadMask256<3, 1, 1>(), spreadMask256<3, 2, 1>()));
+            store(2, chunk(spreadMask256<3, 0, 2>(), spreadMask256<3, 1, 2>(), spreadMask256<3, 2, 2>()));
         } else {
-            const __m128i a = A == Alpha::Value ? _mm_set1_epi8(char(alpha)) : _mm_setzero_si128();
-            const __m128i lo01 = _mm_unpacklo_epi8(c0, c1), hi01 = _mm_unpackhi_epi8(c0, c1);
-            const __m128i lo2a = _mm_unpacklo_epi8(c2, a), hi2a = _mm_unpackhi_epi8(c2, a);
-            const __m256i q0 = _mm256_set_m128i(_mm_unpackhi_epi16(lo01, lo2a), _mm_unpacklo_epi16(lo01, lo2a));
-            const __m256i q1 = _mm256_set_m128i(_mm_unpackhi_epi16(hi01, hi2a), _mm_unpacklo_epi16(hi01, hi2a));
-            __m256i* d0 = reinterpret_cast<__m256i*>(d);
-            __m256i* d1 = reinterpret_cast<__m256i*>(d + 32);
-            if constexpr (A == Alpha::Keep) {
-                // The fourth byte of each pixel is taken back from the destination.
-                const __m256i keep = _mm256_set1_epi32(int32_t(0xff000000u));
-                _mm256_storeu_si256(d0, _mm256_blendv_epi8(q0, _mm256_loadu_si256(d0), keep));
-                _mm256_storeu_si256(d1, _mm256_blendv_epi8(q1, _mm256_loadu_si256(d1), keep));
-            } else {
-                _mm256_storeu_si256(d0, q0);
-                _mm256_storeu_si256(d1, q1);
+            const __m256i a = A == Alpha::Value ? _mm256_set1_epi8(char(alpha)) : _mm256_setzero_si256();
+            const __m256i lo01 = _mm256_unpacklo_epi8(c0, c1), hi01 = _mm256_unpackhi_epi8(c0, c1);
+            const __m256i lo2a = _mm256_unpacklo_epi8(c2, a), hi2a = _mm256_unpackhi_epi8(c2, a);
+            // Four pixels per lane: q0 = pixels 0-3 | 16-19, q1 = 4-7 | 20-23,
+            // q2 = 8-11 | 24-27, q3 = 12-15 | 28-31.
+            const __m256i q0 = _mm256_unpacklo_epi16(lo01, lo2a), q1 = _mm256_unpackhi_epi16(lo01, lo2a);
+            const __m256i q2 = _mm256_unpacklo_epi16(hi01, hi2a), q3 = _mm256_unpackhi_epi16(hi01, hi2a);
+            const __m256i out[4] = {_mm256_permute2x128_si256(q0, q1, 0x20), _mm256_permute2x128_si256(q2, q3, 0x20),
+                                    _mm256_permute2x128_si256(q0, q1, 0x31), _mm256_permute2x128_si256(q2, q3, 0x31)};
+            for (int k = 0; k < 4; ++k) {
+                __m256i* dk = reinterpret_cast<__m256i*>(d + 32 * k);
+                if constexpr (A == Alpha::Keep) {
+                    // The fourth byte of each pixel is taken back from the destination.
+                    const __m256i keep = _mm256_set1_epi32(int32_t(0xff000000u));
+                    _mm256_storeu_si256(dk, _mm256_blendv_epi8(out[k], _mm256_loadu_si256(dk), keep));
+                } else {
+                    _mm256_storeu_si256(dk, out[k]);
+                }
             }
         }
     }
@@ -312,17 +327,28 @@ struct PlanesOut {
         p[1][i] = v[1];
         p[2][i] = v[2];
     }
-    void store16(int i, const Bytes3& o) const
+    void store32(int i, __m256i c0, __m256i c1, __m256i c2) const
     {
-        for (int k = 0; k < 3; ++k)
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(p[k] + i), o[k]);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(p[0] + i), c0);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(p[1] + i), c1);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(p[2] + i), c2);
     }
 };
 
+// 32 pixels through a block form: both halves of the lanes, then packed.
+template <class Form, class In, class Out>
+inline void blockOf32(const In& in, const Out& out, int i)
+{
+    const Wide3 x = in.load32(i);
+    const V3 lo = Form::lanes(V3{x.a.lo, x.b.lo, x.c.lo});
+    const V3 hi = Form::lanes(V3{x.a.hi, x.b.hi, x.c.hi});
+    out.store32(i, packBytes({lo.a, hi.a}), packBytes({lo.b, hi.b}), packBytes({lo.c, hi.c}));
+}
+
 // ---------------------------------------------------------------------------
-// One row: the block form over [0, spanEnd), by vectors of 16 pixels and one
-// partial vector gathered through a small buffer (or by the scalar block form
-// when the test switch asks for it), then the tail form.
+// One row: the block form over [0, spanEnd), by vectors of 32 pixels and one
+// partial vector that goes through a small planar buffer (or by the scalar
+// block form when the test switch asks for it), then the tail form.
 template <class K, class In, class Out>
 inline void convertRow(const In& in, const Out& out, int width)
 {
@@ -336,24 +362,18 @@ inline void convertRow(const In& in, const Out& out, int width)
             out.put(i, B::scalar(s[0], s[1], s[2]), true);
         }
     } else {
-        for (; i + 16 <= end; i += 16) {
-            const V3 r = B::lanes(in.load16(i));
-            out.store16(i, Bytes3{{packBytes(r.a), packBytes(r.b), packBytes(r.c)}});
-        }
+        for (; i + 32 <= end; i += 32)
+            blockOf32<B>(in, out, i);
         if (i < end) {
             const int n = end - i;
-            alignas(16) uint8_t buf[3][16] = {};
+            alignas(32) uint8_t buf[3][32] = {};
             for (int j = 0; j < n; ++j) {
                 const Px s = in.get(i + j);
                 buf[0][j] = s[0];
                 buf[1][j] = s[1];
                 buf[2][j] = s[2];
             }
-            auto lanes = [&](int k) { return _mm256_cvtepu8_epi16(_mm_load_si128(reinterpret_cast<const __m128i*>(buf[k]))); };
-            const V3 r = B::lanes(V3{lanes(0), lanes(1), lanes(2)});
-            _mm_store_si128(reinterpret_cast<__m128i*>(buf[0]), packBytes(r.a));
-            _mm_store_si128(reinterpret_cast<__m128i*>(buf[1]), packBytes(r.b));
-            _mm_store_si128(reinterpret_cast<__m128i*>(buf[2]), packBytes(r.c));
+            blockOf32<B>(PlanesIn{{buf[0], buf[1], buf[2]}}, PlanesOut{{buf[0], buf[1], buf[2]}}, 0);
             for (int j = 0; j < n; ++j)
                 out.put(i + j, Px{buf[0][j], buf[1][j], buf[2][j]}, true);
             i = end;

@@ -152,18 +152,6 @@ TEST(YCbCr, RowsSplitBetweenBlockAndTailForms)
             expectSplit(c);
 }
 
-TEST(YCbCr, InterleavedInverseBlockEnds)
-{
-    // Remainders of 4 and 8 are blocks; a remainder of 12 keeps only 4.
-    EXPECT_EQ(inverseC3End(7), 4);
-    EXPECT_EQ(inverseC3End(11), 8);
-    EXPECT_EQ(inverseC3End(12), 4);
-    EXPECT_EQ(inverseC3End(15), 4);
-    EXPECT_EQ(inverseC3End(16), 16);
-    EXPECT_EQ(inverseC3End(45), 36);
-    EXPECT_EQ(inverseC3End(46), 36);
-}
-
 TEST(YCbCr, CheckOrderAndNothingWrittenOnFailure)
 {
     for (const auto& c : conversions())
@@ -214,18 +202,6 @@ TEST(YCbCr, AlphaRules)
             EXPECT_EQ(convertColour(conv("YCbCrToBGR_8u_P3C4R"), {100, 100, 100}, w, x)[3], 255);
             EXPECT_EQ(convertColour(conv("YCbCrToRGB_8u_P3C4R"), {100, 100, 100}, w, x)[3], 9);
         }
-}
-
-TEST(YCbCr, BgrMembersSwapRedAndBlue)
-{
-    std::mt19937 rng(17);
-    for (int i = 0; i < 50; ++i) {
-        const std::array<uint8_t, 3> c{uint8_t(rng()), uint8_t(rng()), uint8_t(rng())};
-        for (int w : {3, 4}) {
-            const Bytes rgb = colour("YCbCrToRGB_8u_P3C3R", c, w), bgr = colour("YCbCrToBGR_8u_P3C3R", c, w);
-            EXPECT_EQ(rgb, (Bytes{bgr[2], bgr[1], bgr[0]}));
-        }
-    }
 }
 
 }  // namespace

@@ -228,17 +228,4 @@ TEST(Yuv, ClampTableFollowsItsRule)
         ASSERT_EQ(h9::chop(i), i < 0 ? 0 : i > 255 ? 255 : i) << i;
 }
 
-TEST(Yuv, NegativeStepsWalkUpward)
-{
-    // Two rows with a negative step: row 1 lies below row 0 in memory.
-    std::vector<Orv8u> buf(2 * 48), out(2 * 48, 0);
-    for (int i = 0; i < 48; ++i) {
-        buf[48 + i] = 255;  // row 0 (upper address): white
-        buf[i] = 0;         // row 1: black
-    }
-    ASSERT_EQ(orviRGBToYUV_8u_C3R(buf.data() + 48, -48, out.data() + 48, -48, {16, 2}), orvStatusOk);
-    EXPECT_EQ(out[48], 254);
-    EXPECT_EQ(out[0], 0);
-}
-
 }  // namespace

@@ -5,7 +5,9 @@
 //
 // A conversion is a kernel made of two forms, each a struct with a scalar
 // statement per pixel (`scalar`) and, where the form runs on vectors, the same
-// arithmetic on 16 pixels at once (`lanes`). The kernel's span rule says how
+// arithmetic on a vector of 16 pixels (`lanes`; the row runner feeds it two
+// vectors per step of 32 pixels). Forms written in 32-bit arithmetic also
+// offer `words`, eight pixels in 32-bit lanes. The kernel's span rule says how
 // many leading pixels of a row take the block form; the rest take the tail
 // form. The row runner applies this split once for every kernel and layout.
 #pragma once
@@ -141,15 +143,14 @@ struct Inverse32 {
         return {chop((yy + W.wrv * v + RndR) >> 16), chop((yy - W.wgu * u - W.wgv * v + RndG) >> 16),
                 chop((yy + W.wbu * u + RndB) >> 16)};
     }
-    static V3 lanes(const V3& x)
+    static W3 words(const W3& w)
     {
-        return in32(x, [](const W3& w) {
-            const __m256i yy = mul32(add32(w.a, -W.y0), W.wy), u = add32(w.b, -128), v = add32(w.c, -128);
-            return W3{sra32<16>(add32(add32(yy, mul32(v, W.wrv)), RndR)),
-                      sra32<16>(add32(sub32(sub32(yy, mul32(u, W.wgu)), mul32(v, W.wgv)), RndG)),
-                      sra32<16>(add32(add32(yy, mul32(u, W.wbu)), RndB))};
-        });
+        const __m256i yy = mul32(add32(w.a, -W.y0), W.wy), u = add32(w.b, -128), v = add32(w.c, -128);
+        return {sra32<16>(add32(add32(yy, mul32(v, W.wrv)), RndR)),
+                sra32<16>(add32(sub32(sub32(yy, mul32(u, W.wgu)), mul32(v, W.wgv)), RndG)),
+                sra32<16>(add32(add32(yy, mul32(u, W.wbu)), RndB))};
     }
+    static V3 lanes(const V3& x) { return in32(x, words); }
 };
 
 // ---------------------------------------------------------------------------
@@ -203,6 +204,18 @@ struct PackedIn {
     const uint8_t* p;
 
     Px get(int i) const { return {p[Ch * i], p[Ch * i + 1], p[Ch * i + 2]}; }
+
+    // Four-byte pixels also load as eight pixels of 32-bit words, for forms
+    // written in 32-bit arithmetic.
+    static constexpr bool kWords = Ch == 4;
+    W3 load8(int i) const
+        requires(Ch == 4)
+    {
+        const __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 4 * i));
+        const __m256i m = _mm256_set1_epi32(0xff);
+        return {_mm256_and_si256(v, m), _mm256_and_si256(_mm256_srli_epi32(v, 8), m),
+                _mm256_and_si256(_mm256_srli_epi32(v, 16), m)};
+    }
 
     Wide3 load32(int i) const
     {
@@ -276,6 +289,22 @@ struct PackedOut {
                 d[3] = 0;
     }
 
+    // Eight pixels from 32-bit words, each clamped to 0 .. 255.
+    static constexpr bool kWords = Ch == 4;
+    void store8(int i, const W3& w) const
+        requires(Ch == 4)
+    {
+        auto clamp = [](__m256i x) { return _mm256_min_epi32(_mm256_max_epi32(x, _mm256_setzero_si256()), k32(255)); };
+        const __m256i c0 = clamp(Swap ? w.c : w.a), c1 = clamp(w.b), c2 = clamp(Swap ? w.a : w.c);
+        __m256i v = _mm256_or_si256(_mm256_or_si256(c0, _mm256_slli_epi32(c1, 8)), _mm256_slli_epi32(c2, 16));
+        __m256i* d = reinterpret_cast<__m256i*>(p + 4 * i);
+        if constexpr (A == Alpha::Keep)
+            v = _mm256_or_si256(v, _mm256_and_si256(_mm256_loadu_si256(d), k32(int32_t(0xff000000u))));
+        else if constexpr (A == Alpha::Value)
+            v = _mm256_or_si256(v, k32(int32_t(uint32_t(alpha) << 24)));
+        _mm256_storeu_si256(d, v);
+    }
+
     // c0, c1, c2: the channels in R, G, B order, pixels 0-15 in lane 0 and
     // 16-31 in lane 1.
     void store32(int i, __m256i x0, __m256i x1, __m256i x2) const
@@ -345,10 +374,21 @@ inline void blockOf32(const In& in, const Out& out, int i)
     out.store32(i, packBytes({lo.a, hi.a}), packBytes({lo.b, hi.b}), packBytes({lo.c, hi.c}));
 }
 
+// Whether a layout moves eight pixels as 32-bit words (load8, store8).
+template <class L>
+constexpr bool takesWords()
+{
+    if constexpr (requires { L::kWords; })
+        return L::kWords;
+    else
+        return false;
+}
+
 // ---------------------------------------------------------------------------
-// One row: the block form over [0, spanEnd), by vectors of 32 pixels and one
-// partial vector that goes through a small planar buffer (or by the scalar
-// block form when the test switch asks for it), then the tail form.
+// One row: the block form over [0, spanEnd), by vectors of 32 pixels (or of
+// eight 32-bit words, where form and layouts allow it) and one partial vector
+// that goes through a small planar buffer (or by the scalar block form when
+// the test switch asks for it), then the tail form.
 template <class K, class In, class Out>
 inline void convertRow(const In& in, const Out& out, int width)
 {
@@ -362,6 +402,10 @@ inline void convertRow(const In& in, const Out& out, int width)
             out.put(i, B::scalar(s[0], s[1], s[2]), true);
         }
     } else {
+        if constexpr (requires { B::words; } && takesWords<In>() && takesWords<Out>()) {
+            for (; i + 8 <= end; i += 8)
+                out.store8(i, B::words(in.load8(i)));
+        }
         for (; i + 32 <= end; i += 32)
             blockOf32<B>(in, out, i);
         if (i < end) {

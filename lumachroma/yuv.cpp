@@ -80,16 +80,14 @@ struct FormD {
         const int v = ((((r << 16) - s + 32768) >> 16) * 57475 >> 16) + 128;
         return {uint8_t((s + 32768) >> 16), uint8_t(u), chop(v)};
     }
-    static V3 lanes(const V3& x)
+    static W3 words(const W3& w)
     {
-        return in32(x, [](const W3& w) {
-            const __m256i s = add32(add32(mul32(w.a, 19595), mul32(w.b, 38470)), mul32(w.c, 7471));
-            const __m256i du = sra32<16>(add32(sub32(shl32<16>(w.c), s), 32768));
-            const __m256i dv = sra32<16>(add32(sub32(shl32<16>(w.a), s), 32768));
-            return W3{sra32<16>(add32(s, 32768)), add32(sra32<16>(mul32(du, 32244)), 128),
-                      add32(sra32<16>(mul32(dv, 57475)), 128)};
-        });
+        const __m256i s = add32(add32(mul32(w.a, 19595), mul32(w.b, 38470)), mul32(w.c, 7471));
+        const __m256i du = sra32<16>(add32(sub32(shl32<16>(w.c), s), 32768));
+        const __m256i dv = sra32<16>(add32(sub32(shl32<16>(w.a), s), 32768));
+        return {sra32<16>(add32(s, 32768)), add32(sra32<16>(mul32(du, 32244)), 128), add32(sra32<16>(mul32(dv, 57475)), 128)};
     }
+    static V3 lanes(const V3& x) { return in32(x, words); }
 };
 
 // Block form of the member with an alpha plane, on doubled scale: luma

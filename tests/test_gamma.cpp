@@ -1,0 +1,308 @@
+// Gamma correction: the four tables against their rule, all 36 members
+// against a per-value reference in every layout (vector paths and scalar
+// forms alike), the 32f curve and range handling, and the argument checks.
+#include <cfloat>
+#include <cmath>
+#include <cstring>
+#include <functional>
+#include <random>
+#include <vector>
+
+#include "support/image.h"
+#include "tone/gammatables.h"
+#include "vecmath/powx.h"
+
+using namespace orvtest;
+
+namespace {
+
+// ---- tables -----------------------------------------------------------------
+double fwdCurve(double x) { return x < 0.018 ? 4.5 * x : 1.099 * std::pow(x, 0.45) - 0.099; }
+double invCurve(double y) { return y < 0.0812 ? y / 4.5 : std::pow((y + 0.099) / 1.099, 1.0 / 0.45); }
+long double fwdCurveL(long double x) { return x < 0.018L ? 4.5L * x : 1.099L * std::pow(x, 0.45L) - 0.099L; }
+long double invCurveL(long double y)
+{
+    return y < 0.0812L ? y / 4.5L : std::pow((y + 0.099L) / 1.099L, 1.0L / 0.45L);
+}
+
+TEST(GammaTables, EightBitTablesFollowTheRuleEverywhere)
+{
+    for (int i = 0; i < 256; ++i) {
+        EXPECT_EQ(h9::tableFwd8u[i], std::nearbyint(255.0L * fwdCurveL(i / 255.0L))) << i;
+        EXPECT_EQ(h9::tableInv8u[i], std::nearbyint(255.0L * invCurveL(i / 255.0L))) << i;
+    }
+    const int fwd[8] = {0, 4, 9, 14, 18, 23, 27, 30}, inv[8] = {0, 0, 0, 1, 1, 1, 1, 2};
+    for (int i = 0; i < 8; ++i) {
+        EXPECT_EQ(h9::tableFwd8u[i], fwd[i]);
+        EXPECT_EQ(h9::tableInv8u[i], inv[i]);
+    }
+    EXPECT_EQ(h9::tableFwd8u[255], 255);
+    EXPECT_EQ(h9::tableInv8u[255], 255);
+}
+
+// Every 16-bit entry re-derived at run time (double-precision curve, product
+// rounded to float, then to the nearest integer), and the entries where that
+// differs from the exact rule: 119 and 54, each within 0.002 of a half.
+TEST(GammaTables, SixteenBitTablesAreRederivedAndDeviateWhereStated)
+{
+    auto check = [](const std::array<uint16_t, 65536>& table, double (*curve)(double),
+                    long double (*exact)(long double), int deviations) {
+        int n = 0;
+        for (int i = 0; i < 65536; ++i) {
+            const float product = float(65535.0 * curve(i / 65535.0));
+            ASSERT_EQ(table[i], std::nearbyint(product)) << i;
+            const long double v = 65535.0L * exact(i / 65535.0L);
+            if (table[i] != std::nearbyint(v)) {
+                ++n;
+                EXPECT_LT(std::fabs(v - std::floor(v) - 0.5L), 0.002L) << i;
+            }
+        }
+        EXPECT_EQ(n, deviations);
+    };
+    check(h9::tableFwd16u, fwdCurve, fwdCurveL, 119);
+    check(h9::tableInv16u, invCurve, invCurveL, 54);
+    EXPECT_EQ(h9::tableFwd16u[65535], 65535);
+    EXPECT_EQ(h9::tableInv16u[65535], 65535);
+    EXPECT_EQ(h9::tableFwd16u[0], 0);
+}
+
+// ---- the 36 members, by type ------------------------------------------------
+template <class T>
+struct Members {
+    std::function<OrvStatus(const T*, int, T*, int, RoiSize)> c3, ac4;
+    std::function<OrvStatus(T*, int, RoiSize)> c3i, ac4i;
+    std::function<OrvStatus(const T* const*, int, T**, int, RoiSize)> p3;
+    std::function<OrvStatus(T**, int, RoiSize)> ip3;
+};
+
+#define TABLE_MEMBERS(Dir, T)                                                                                   \
+    Members<Orv##T>                                                                                             \
+    {                                                                                                           \
+        orviGamma##Dir##_##T##_C3R, orviGamma##Dir##_##T##_AC4R, orviGamma##Dir##_##T##_C3IR,                   \
+            orviGamma##Dir##_##T##_AC4IR, orviGamma##Dir##_##T##_P3R, orviGamma##Dir##_##T##_IP3R               \
+    }
+
+#define FLOAT_MEMBERS(Dir, lo, hi)                                                                               \
+    Members<Orv32f>                                                                                             \
+    {                                                                                                           \
+        [=](const Orv32f* s, int ss, Orv32f* d, int ds, RoiSize r) { return orviGamma##Dir##_32f_C3R(s, ss, d, ds, r, lo, hi); }, \
+        [=](const Orv32f* s, int ss, Orv32f* d, int ds, RoiSize r) { return orviGamma##Dir##_32f_AC4R(s, ss, d, ds, r, lo, hi); }, \
+        [=](Orv32f* d, int ds, RoiSize r) { return orviGamma##Dir##_32f_C3IR(d, ds, r, lo, hi); },             \
+        [=](Orv32f* d, int ds, RoiSize r) { return orviGamma##Dir##_32f_AC4IR(d, ds, r, lo, hi); },            \
+        [=](const Orv32f* const* s, int ss, Orv32f** d, int ds, RoiSize r) {                                    \
+            return orviGamma##Dir##_32f_P3R(s, ss, d, ds, r, lo, hi);                                           \
+        },                                                                                                      \
+        [=](Orv32f** d, int ds, RoiSize r) { return orviGamma##Dir##_32f_IP3R(d, ds, r, lo, hi); }              \
+    }
+
+// The 32f result of one value, built from one-element calls of the power
+// function (whose results do not depend on position).
+float power1(float x, float y)
+{
+    float p;
+    h9::orvsPowx_32f_A21(&x, y, &p, 1);
+    return p;
+}
+
+float fwdValue(float v, float vMin, float vMax)
+{
+    const float range = vMax - vMin, inv = 1.0f / range, t = v - vMin, x = t * inv;
+    const float r = x < 0.018f ? 4.5f * t : std::fma(power1(x, 0.45f), 1.099f, -0.099f) * range;
+    return vMin + r;
+}
+
+float invValue(float v, float vMin, float vMax, bool alphaLayout)
+{
+    const float range = vMax - vMin, inv = 1.0f / range, t = v - vMin, x = t * inv;
+    const float u = alphaLayout ? float(std::fma(double(t), double(inv), double(0.099f)) * double(0.9099181f))
+                                : std::fma(t, inv, 0.099f) * 0.9099181f;
+    const float r = x < 0.0812f ? t * 0.2222222f : power1(u, 2.2222223f) * range;
+    return vMin + r;
+}
+
+// Runs the six members of a type on the same pixels (C3 and P3 use the three
+// colour values, AC4 adds a fourth that must stay untouched in the
+// destination) and compares every value with expect(value, isAC4).
+template <class T, class Fill, class Expect>
+void checkMembers(const Members<T>& m, Fill fill, Expect expect)
+{
+    std::mt19937 rng(2024);
+    const int e = sizeof(T);
+    for (const Geometry& g : standardSweep(e)) {
+        SCOPED_TRACE(g.str());
+        const int w = g.width, h = g.height;
+        const RoiSize roi{w, h};
+        auto img = [&](int ch, int pad) { return makeImage(w, h, ch * e, pad, false, g.endSlack); };
+        GuardedImage s3 = img(3, g.srcPad), s4 = img(4, g.srcPad), d3 = img(3, g.dstPad), d4 = img(4, g.dstPad),
+                     i3 = img(3, g.dstPad), i4 = img(4, g.dstPad);
+        GuardedImage sp0 = img(1, g.srcPad), sp1 = img(1, g.srcPad), sp2 = img(1, g.srcPad);
+        GuardedImage dp0 = img(1, g.dstPad), dp1 = img(1, g.dstPad), dp2 = img(1, g.dstPad);
+        GuardedImage ip0 = img(1, g.dstPad), ip1 = img(1, g.dstPad), ip2 = img(1, g.dstPad);
+        GuardedImage* sp[3] = {&sp0, &sp1, &sp2};
+        GuardedImage* dp[3] = {&dp0, &dp1, &dp2};
+        GuardedImage* ip[3] = {&ip0, &ip1, &ip2};
+        s4.fillBytes(rng);
+        d4.fillBytes(rng);
+        for (int y = 0; y < h; ++y)
+            for (int x = 0; x < w; ++x)
+                for (int c = 0; c < 3; ++c) {
+                    const T v = fill(rng);
+                    s3.row<T>(y)[3 * x + c] = v;
+                    s4.row<T>(y)[4 * x + c] = v;
+                    sp[c]->row<T>(y)[x] = v;
+                }
+        const std::vector<uint8_t> d4Before = d4.pixels();
+        i4.copyFrom(s4);
+        for (bool scalar : {false, true}) {
+            ScalarBlocks* sb = scalar ? new ScalarBlocks : nullptr;
+            i3.copyFrom(s3);
+            i4.copyFrom(s4);
+            for (int c = 0; c < 3; ++c)
+                ip[c]->copyFrom(*sp[c]);
+            const T* srcPlanes[3] = {sp0.data<T>(), sp1.data<T>(), sp2.data<T>()};
+            T* dstPlanes[3] = {dp0.data<T>(), dp1.data<T>(), dp2.data<T>()};
+            T* inPlanes[3] = {ip0.data<T>(), ip1.data<T>(), ip2.data<T>()};
+            ASSERT_EQ(m.c3(s3.data<T>(), s3.step(), d3.data<T>(), d3.step(), roi), orvStatusOk);
+            ASSERT_EQ(m.c3i(i3.data<T>(), i3.step(), roi), orvStatusOk);
+            ASSERT_EQ(m.ac4(s4.data<T>(), s4.step(), d4.data<T>(), d4.step(), roi), orvStatusOk);
+            ASSERT_EQ(m.ac4i(i4.data<T>(), i4.step(), roi), orvStatusOk);
+            ASSERT_EQ(m.p3(srcPlanes, sp0.step(), dstPlanes, dp0.step(), roi), orvStatusOk);
+            ASSERT_EQ(m.ip3(inPlanes, ip0.step(), roi), orvStatusOk);
+            delete sb;
+            for (GuardedImage* im : {&s3, &s4, &d3, &d4, &i3, &i4, &sp0, &sp1, &sp2, &dp0, &dp1, &dp2, &ip0, &ip1, &ip2})
+                ASSERT_TRUE(im->guardsIntact());
+            for (int y = 0; y < h; ++y)
+                for (int x = 0; x < w; ++x) {
+                    for (int c = 0; c < 3; ++c) {
+                        const T v = s3.row<T>(y)[3 * x + c];
+                        const T want3 = expect(v, false), want4 = expect(v, true);
+                        auto same = [](T a, T b) { return std::memcmp(&a, &b, sizeof(T)) == 0; };
+                        ASSERT_TRUE(same(d3.row<T>(y)[3 * x + c], want3)) << "C3R " << scalar << " " << x << "," << y;
+                        ASSERT_TRUE(same(i3.row<T>(y)[3 * x + c], want3)) << "C3IR " << x << "," << y;
+                        ASSERT_TRUE(same(d4.row<T>(y)[4 * x + c], want4)) << "AC4R " << x << "," << y;
+                        ASSERT_TRUE(same(i4.row<T>(y)[4 * x + c], want4)) << "AC4IR " << x << "," << y;
+                        ASSERT_TRUE(same(dp[c]->row<T>(y)[x], want3)) << "P3R " << x << "," << y;
+                        ASSERT_TRUE(same(ip[c]->row<T>(y)[x], want3)) << "IP3R " << x << "," << y;
+                    }
+                    // Alpha: the destination's stays, the in-place one keeps the source's.
+                    ASSERT_EQ(std::memcmp(&d4.row<T>(y)[4 * x + 3], d4Before.data() + (y * w * 4 + 4 * x + 3) * e, e), 0);
+                    ASSERT_EQ(std::memcmp(&i4.row<T>(y)[4 * x + 3], &s4.row<T>(y)[4 * x + 3], e), 0);
+                }
+        }
+    }
+}
+
+TEST(Gamma, TableMembersLookUpEveryValueInEveryLayout)
+{
+    auto byte = [](std::mt19937& r) { return Orv8u(r()); };
+    auto word = [](std::mt19937& r) { return Orv16u(r()); };
+    checkMembers(TABLE_MEMBERS(Fwd, 8u), byte, [](Orv8u v, bool) { return h9::tableFwd8u[v]; });
+    checkMembers(TABLE_MEMBERS(Inv, 8u), byte, [](Orv8u v, bool) { return h9::tableInv8u[v]; });
+    checkMembers(TABLE_MEMBERS(Fwd, 16u), word, [](Orv16u v, bool) { return h9::tableFwd16u[v]; });
+    checkMembers(TABLE_MEMBERS(Inv, 16u), word, [](Orv16u v, bool) { return h9::tableInv16u[v]; });
+}
+
+TEST(Gamma, FloatMembersFollowTheCurveValueByValue)
+{
+    // Data somewhat outside the range too: negative arguments take the
+    // linear branch, those above the top continue the curve.
+    for (auto [lo, hi] : {std::pair{0.0f, 1.0f}, std::pair{-20.0f, 235.0f}}) {
+        SCOPED_TRACE(lo);
+        auto fill = [lo = lo, hi = hi](std::mt19937& r) {
+            return float(std::uniform_real_distribution<double>(lo - 0.05 * (hi - lo), hi + 0.1 * (hi - lo))(r));
+        };
+        checkMembers(FLOAT_MEMBERS(Fwd, lo, hi), fill, [lo = lo, hi = hi](float v, bool) { return fwdValue(v, lo, hi); });
+        checkMembers(FLOAT_MEMBERS(Inv, lo, hi), fill,
+                     [lo = lo, hi = hi](float v, bool ac4) { return invValue(v, lo, hi, ac4); });
+    }
+}
+
+TEST(Gamma, EightBitEndsAndTheTieAtOne)
+{
+    Orv8u px[6] = {0, 255, 1, 255, 0, 1}, out[6];
+    ASSERT_EQ(orviGammaFwd_8u_C3R(px, 6, out, 6, {2, 1}), orvStatusOk);
+    EXPECT_EQ(out[0], 0);
+    EXPECT_EQ(out[1], 255);
+    EXPECT_EQ(out[2], 4);  // 255 f(1/255) = 4.5, a tie that goes to even
+    ASSERT_EQ(orviGammaInv_8u_C3R(px, 6, out, 6, {2, 1}), orvStatusOk);
+    EXPECT_EQ(out[0], 0);
+    EXPECT_EQ(out[1], 255);
+}
+
+TEST(Gamma, FloatCurveOnTheUnitRangeAndOnOtherScales)
+{
+    // Range 0..1: f and g to the accuracy of the power function.
+    std::vector<float> v;
+    for (int i = 0; i <= 3000; ++i)
+        v.push_back(i / 3000.0f);
+    const int n = int(v.size()) / 3;
+    std::vector<float> f(v.size()), g(v.size());
+    ASSERT_EQ(orviGammaFwd_32f_C3R(v.data(), 12 * n, f.data(), 12 * n, {n, 1}, 0.0f, 1.0f), orvStatusOk);
+    ASSERT_EQ(orviGammaInv_32f_C3R(v.data(), 12 * n, g.data(), 12 * n, {n, 1}, 0.0f, 1.0f), orvStatusOk);
+    // The thresholds are the floats 0.018f and 0.0812f.
+    auto fwd = [](float x) { return x < 0.018f ? 4.5 * x : 1.099 * std::pow(double(x), 0.45) - 0.099; };
+    auto inv = [](float y) { return y < 0.0812f ? y / 4.5 : std::pow((y + 0.099) / 1.099, 1.0 / 0.45); };
+    for (int i = 0; i < 3 * n; ++i) {
+        EXPECT_NEAR(f[i], fwd(v[i]), 4e-7) << v[i];
+        EXPECT_NEAR(g[i], inv(v[i]), 4e-7) << v[i];
+    }
+    // The same curve on 0..255 and on 16..235: the ends map to themselves.
+    for (auto [lo, hi] : {std::pair{0.0f, 255.0f}, std::pair{16.0f, 235.0f}}) {
+        float px[3] = {lo, hi, lo + 0.5f * (hi - lo)}, out[3];
+        for (auto fn : {orviGammaFwd_32f_C3R, orviGammaInv_32f_C3R}) {
+            ASSERT_EQ(fn(px, 12, out, 12, {1, 1}, lo, hi), orvStatusOk);
+            EXPECT_EQ(out[0], lo);
+            EXPECT_NEAR(out[1], hi, hi * 1e-6);
+        }
+        orviGammaFwd_32f_C3R(px, 12, out, 12, {1, 1}, lo, hi);
+        EXPECT_NEAR(out[2], lo + (hi - lo) * fwdCurve(0.5), (hi - lo) * 1e-6);
+    }
+}
+
+// Range, then pointers (plane pointers included), then size, then steps; a
+// failing call writes nothing.
+TEST(Gamma, ChecksInOrderAndNothingWrittenOnFailure)
+{
+    float fs[64] = {}, fd[64];
+    Orv16u ws[64] = {}, wd[64];
+    std::memset(fd, 0x5a, sizeof fd);
+    std::memset(wd, 0x5a, sizeof wd);
+    auto untouched = [&] {
+        for (int i = 0; i < int(sizeof fd); ++i)
+            if (reinterpret_cast<Orv8u*>(fd)[i] != 0x5a || reinterpret_cast<Orv8u*>(wd)[i % sizeof wd] != 0x5a)
+                return false;
+        return true;
+    };
+    const float* nf = nullptr;
+    float* nfd = nullptr;
+    // The range first, even with everything else wrong.
+    EXPECT_EQ(orviGammaFwd_32f_C3R(nf, 0, nfd, 0, {0, 0}, 1.0f, 1.0f), orvStatusBadGammaRange);
+    EXPECT_EQ(orviGammaInv_32f_IP3R(nullptr, 0, {0, 0}, 2.0f, 1.0f), orvStatusBadGammaRange);
+    EXPECT_EQ(orviGammaInv_32f_AC4IR(fd, 16, {1, 1}, 0.5f, 0.5f), orvStatusBadGammaRange);
+    // Pointers before the size, the size before the steps.
+    EXPECT_EQ(orviGammaFwd_32f_C3R(nf, 12, fd, 12, {0, 1}, 0, 1), orvStatusNullPointer);
+    EXPECT_EQ(orviGammaFwd_32f_C3R(fs, 12, nfd, 12, {0, 1}, 0, 1), orvStatusNullPointer);
+    EXPECT_EQ(orviGammaFwd_32f_C3R(fs, 0, fd, 0, {0, 1}, 0, 1), orvStatusBadSize);
+    EXPECT_EQ(orviGammaFwd_32f_C3R(fs, 0, fd, 12, {1, 0}, 0, 1), orvStatusBadSize);
+    EXPECT_EQ(orviGammaFwd_32f_C3R(fs, 0, fd, 12, {1, 1}, 0, 1), orvStatusBadStep);
+    EXPECT_EQ(orviGammaFwd_32f_C3R(fs, 12, fd, -12, {1, 1}, 0, 1), orvStatusBadStep);
+    EXPECT_EQ(orviGammaFwd_16u_AC4R(ws, 8, wd, 0, {1, 1}), orvStatusBadStep);
+    EXPECT_EQ(orviGammaInv_16u_C3IR(nullptr, 0, {0, 0}), orvStatusNullPointer);
+    EXPECT_EQ(orviGammaInv_8u_AC4IR(reinterpret_cast<Orv8u*>(wd), -4, {1, 1}), orvStatusBadStep);
+    // Plane pointers count as pointers: before the size.
+    const float* srcPlanes[3] = {fs, nullptr, fs};
+    float* dstPlanes[3] = {fd, fd + 8, fd + 16};
+    EXPECT_EQ(orviGammaFwd_32f_P3R(srcPlanes, 4, dstPlanes, 4, {0, 0}, 0, 1), orvStatusNullPointer);
+    srcPlanes[1] = fs;
+    dstPlanes[2] = nullptr;
+    EXPECT_EQ(orviGammaInv_32f_P3R(srcPlanes, 4, dstPlanes, 4, {0, 0}, 0, 1), orvStatusNullPointer);
+    EXPECT_EQ(orviGammaInv_32f_P3R(nullptr, 4, dstPlanes, 4, {0, 0}, 0, 1), orvStatusNullPointer);
+    dstPlanes[2] = fd + 16;
+    EXPECT_EQ(orviGammaInv_32f_P3R(srcPlanes, 4, dstPlanes, 4, {-1, 1}, 0, 1), orvStatusBadSize);
+    EXPECT_EQ(orviGammaInv_32f_P3R(srcPlanes, 4, dstPlanes, 0, {1, 1}, 0, 1), orvStatusBadStep);
+    Orv16u* wPlanes[3] = {wd, nullptr, wd};
+    EXPECT_EQ(orviGammaFwd_16u_IP3R(wPlanes, 2, {1, 1}), orvStatusNullPointer);
+    EXPECT_TRUE(untouched());
+}
+
+}  // namespace

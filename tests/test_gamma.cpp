@@ -208,7 +208,11 @@ TEST(Gamma, FloatMembersFollowTheCurveValueByValue)
     // linear branch, those above the top continue the curve.
     for (auto [lo, hi] : {std::pair{0.0f, 1.0f}, std::pair{-20.0f, 235.0f}}) {
         SCOPED_TRACE(lo);
-        auto fill = [lo = lo, hi = hi](std::mt19937& r) {
+        // Now and then a value on or just below a threshold of the unit range.
+        const float edges[] = {0.018f, 0.0812f, std::nextafter(0.018f, 0.0f), std::nextafter(0.0812f, 0.0f), lo, hi};
+        auto fill = [lo = lo, hi = hi, &edges](std::mt19937& r) {
+            if (r() % 8 == 0)
+                return edges[r() % 6];
             return float(std::uniform_real_distribution<double>(lo - 0.05 * (hi - lo), hi + 0.1 * (hi - lo))(r));
         };
         checkMembers(FLOAT_MEMBERS(Fwd, lo, hi), fill, [lo = lo, hi = hi](float v, bool) { return fwdValue(v, lo, hi); });

@@ -14,7 +14,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 
 #include "frame/driver.h"
 #include "frame/fronts.h"
@@ -28,34 +27,63 @@ namespace {
 
 // ---------------------------------------------------------------------------
 // Lookups. Every value is replaced by table[value]; blocks and tail compute
-// the same, the blocks just read and write eight bytes (8u) or four values
-// (16u) at a time.
+// the same.
+//
+// The 8u blocks look up 32 bytes at once with byte shuffles, which index
+// tables of 16 entries by the low four bits of each byte. The 256 entries
+// are 16 groups of 16 (by the high four bits g); a shuffle gives zero where
+// bit 7 of its index is set. For bytes below 128, the index x - 16k is
+// non-negative (and below 128) exactly for k <= g, so XOR-ing the shuffles
+// of the differences D[k] = group k ^ group k-1 (D[0] = group 0) over
+// k = 0..7 leaves group g's entry. Bytes from 128 up do the same with
+// x ^ 0x80 and the groups 8..15, and bit 7 of x picks the half.
+struct NibbleTables {
+    alignas(16) uint8_t d[16][16];
+};
+
+constexpr NibbleTables makeNibbleTables(const std::array<uint8_t, 256>& t)
+{
+    NibbleTables n{};
+    for (int g = 0; g < 16; ++g)
+        for (int j = 0; j < 16; ++j)
+            n.d[g][j] = uint8_t(t[16 * g + j] ^ (g % 8 ? t[16 * (g - 1) + j] : 0));
+    return n;
+}
+
+constexpr NibbleTables kNibblesFwd8u = makeNibbleTables(tableFwd8u);
+constexpr NibbleTables kNibblesInv8u = makeNibbleTables(tableInv8u);
+
 template <class T>
 struct LookupValues {
     using Src = T;
     using Dst = T;
     static constexpr int kSrcPix = 1;
     static constexpr int kDstPix = 1;
-    static constexpr int kPerWord = 8 / sizeof(T);
     const T* table;
+    const NibbleTables* nibbles;  // 8u only
 
-    Span span(int n, const Dst*) const { return {0, n & ~(4 * kPerWord - 1)}; }
+    Span span(int n, const Dst*) const { return {0, sizeof(T) == 1 ? n & ~31 : 0}; }
     void tail(const Src* s, Dst* d) const { *d = table[*s]; }
     void block(const Src* s, Dst* d) const { *d = table[*s]; }
 
-    // Four 64-bit words per step: one load and one store per word, the
-    // values taken apart and put together in registers.
     void vector(const Src* s, Dst* d, int n) const
+        requires(sizeof(T) == 1)
     {
-        constexpr int bits = 8 * sizeof(T);
-        constexpr uint64_t mask = (uint64_t(1) << bits) - 1;
-        for (int i = 0; i < n; i += 4 * kPerWord) {
-            uint64_t in[4], out[4] = {0, 0, 0, 0};
-            std::memcpy(in, s + i, sizeof in);
-            for (int w = 0; w < 4; ++w)
-                for (int k = 0; k < kPerWord; ++k)
-                    out[w] |= uint64_t(table[(in[w] >> (bits * k)) & mask]) << (bits * k);
-            std::memcpy(d + i, out, sizeof out);
+        __m256i D[16];
+        for (int g = 0; g < 16; ++g)
+            D[g] = _mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i*>(nibbles->d[g])));
+        const __m256i sixteen = _mm256_set1_epi8(16), top = _mm256_set1_epi8(char(0x80));
+        for (int i = 0; i < n; i += 32) {
+            const __m256i x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + i));
+            __m256i lo = x, hi = _mm256_xor_si256(x, top);
+            __m256i rl = _mm256_shuffle_epi8(D[0], lo), rh = _mm256_shuffle_epi8(D[8], hi);
+            for (int k = 1; k < 8; ++k) {
+                lo = _mm256_sub_epi8(lo, sixteen);
+                hi = _mm256_sub_epi8(hi, sixteen);
+                rl = _mm256_xor_si256(rl, _mm256_shuffle_epi8(D[k], lo));
+                rh = _mm256_xor_si256(rh, _mm256_shuffle_epi8(D[8 + k], hi));
+            }
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + i), _mm256_blendv_epi8(rl, rh, x));
         }
     }
 };
@@ -82,7 +110,8 @@ struct LookupColour {
 template <class T>
 struct Lookup {
     const T* table;
-    void values(const T* s, T* d, int n) const { runRow(LookupValues<T>{table}, s, d, n); }
+    const NibbleTables* nibbles = nullptr;
+    void values(const T* s, T* d, int n) const { runRow(LookupValues<T>{table, nibbles}, s, d, n); }
     void colour(const T* s, T* d, int width) const { runRow(LookupColour<T>{table}, s, d, width); }
 };
 
@@ -279,8 +308,8 @@ OrvStatus myGammaPlanes(const Op& op, const T* const* src, int srcStep, T* const
     return orvStatusOk;
 }
 
-constexpr Lookup<uint8_t> kFwd8u{tableFwd8u.data()};
-constexpr Lookup<uint8_t> kInv8u{tableInv8u.data()};
+constexpr Lookup<uint8_t> kFwd8u{tableFwd8u.data(), &kNibblesFwd8u};
+constexpr Lookup<uint8_t> kInv8u{tableInv8u.data(), &kNibblesInv8u};
 const Lookup<uint16_t> kFwd16u{tableFwd16u.data()};
 const Lookup<uint16_t> kInv16u{tableInv16u.data()};
 

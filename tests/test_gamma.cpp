@@ -95,36 +95,19 @@ struct Members {
         [=](Orv32f** d, int ds, RoiSize r) { return orviGamma##Dir##_32f_IP3R(d, ds, r, lo, hi); }              \
     }
 
-// The 32f result of one value, built from one-element calls of the power
-// function (whose results do not depend on position).
-float power1(float x, float y)
-{
-    float p;
-    h9::orvsPowx_32f_A21(&x, y, &p, 1);
-    return p;
-}
-
-float fwdValue(float v, float vMin, float vMax)
-{
-    const float range = vMax - vMin, inv = 1.0f / range, t = v - vMin, x = t * inv;
-    const float r = x < 0.018f ? 4.5f * t : std::fma(power1(x, 0.45f), 1.099f, -0.099f) * range;
-    return vMin + r;
-}
-
-float invValue(float v, float vMin, float vMax, bool alphaLayout)
-{
-    const float range = vMax - vMin, inv = 1.0f / range, t = v - vMin, x = t * inv;
-    const float u = alphaLayout ? float(std::fma(double(t), double(inv), double(0.099f)) * double(0.9099181f))
-                                : std::fma(t, inv, 0.099f) * 0.9099181f;
-    const float r = x < 0.0812f ? t * 0.2222222f : power1(u, 2.2222223f) * range;
-    return vMin + r;
-}
+// What the six members of a type wrote for one input, every buffer's bytes.
+struct Outputs {
+    std::vector<uint8_t> c3, c3i, ac4, ac4i, p3[3], ip3[3];
+};
 
 // Runs the six members of a type on the same pixels (C3 and P3 use the three
-// colour values, AC4 adds a fourth that must stay untouched in the
-// destination) and compares every value with expect(value, isAC4).
+// colour values, AC4 adds a fourth), once with the vector paths and once with
+// the scalar forms. Both runs give the same bytes; in-place members give what
+// their out-of-place forms give; P3 gives what C3 gives; the destination's
+// alpha stays; nothing outside a rectangle is written; and every value lies
+// within `tol` of expect(value).
 template <class T, class Fill, class Expect>
-void checkMembers(const Members<T>& m, Fill fill, Expect expect)
+void checkMembers(const Members<T>& m, Fill fill, Expect expect, double tol)
 {
     std::mt19937 rng(2024);
     const int e = sizeof(T);
@@ -133,16 +116,10 @@ void checkMembers(const Members<T>& m, Fill fill, Expect expect)
         const int w = g.width, h = g.height;
         const RoiSize roi{w, h};
         auto img = [&](int ch, int pad) { return makeImage(w, h, ch * e, pad, false, g.endSlack); };
-        GuardedImage s3 = img(3, g.srcPad), s4 = img(4, g.srcPad), d3 = img(3, g.dstPad), d4 = img(4, g.dstPad),
-                     i3 = img(3, g.dstPad), i4 = img(4, g.dstPad);
-        GuardedImage sp0 = img(1, g.srcPad), sp1 = img(1, g.srcPad), sp2 = img(1, g.srcPad);
-        GuardedImage dp0 = img(1, g.dstPad), dp1 = img(1, g.dstPad), dp2 = img(1, g.dstPad);
-        GuardedImage ip0 = img(1, g.dstPad), ip1 = img(1, g.dstPad), ip2 = img(1, g.dstPad);
+        GuardedImage s3 = img(3, g.srcPad), s4 = img(4, g.srcPad), sp0 = img(1, g.srcPad), sp1 = img(1, g.srcPad),
+                     sp2 = img(1, g.srcPad);
         GuardedImage* sp[3] = {&sp0, &sp1, &sp2};
-        GuardedImage* dp[3] = {&dp0, &dp1, &dp2};
-        GuardedImage* ip[3] = {&ip0, &ip1, &ip2};
         s4.fillBytes(rng);
-        d4.fillBytes(rng);
         for (int y = 0; y < h; ++y)
             for (int x = 0; x < w; ++x)
                 for (int c = 0; c < 3; ++c) {
@@ -151,44 +128,66 @@ void checkMembers(const Members<T>& m, Fill fill, Expect expect)
                     s4.row<T>(y)[4 * x + c] = v;
                     sp[c]->row<T>(y)[x] = v;
                 }
-        const std::vector<uint8_t> d4Before = d4.pixels();
-        i4.copyFrom(s4);
-        for (bool scalar : {false, true}) {
+        std::vector<uint8_t> alphaBefore;
+        auto run = [&](bool scalar) {
             ScalarBlocks* sb = scalar ? new ScalarBlocks : nullptr;
+            GuardedImage d3 = img(3, g.dstPad), d4 = img(4, g.dstPad), i3 = img(3, g.dstPad), i4 = img(4, g.dstPad);
+            GuardedImage dp0 = img(1, g.dstPad), dp1 = img(1, g.dstPad), dp2 = img(1, g.dstPad);
+            GuardedImage ip0 = img(1, g.dstPad), ip1 = img(1, g.dstPad), ip2 = img(1, g.dstPad);
+            std::mt19937 noise(7);
+            d4.fillBytes(noise);
+            alphaBefore = d4.pixels();
             i3.copyFrom(s3);
             i4.copyFrom(s4);
-            for (int c = 0; c < 3; ++c)
-                ip[c]->copyFrom(*sp[c]);
+            ip0.copyFrom(sp0);
+            ip1.copyFrom(sp1);
+            ip2.copyFrom(sp2);
             const T* srcPlanes[3] = {sp0.data<T>(), sp1.data<T>(), sp2.data<T>()};
             T* dstPlanes[3] = {dp0.data<T>(), dp1.data<T>(), dp2.data<T>()};
             T* inPlanes[3] = {ip0.data<T>(), ip1.data<T>(), ip2.data<T>()};
-            ASSERT_EQ(m.c3(s3.data<T>(), s3.step(), d3.data<T>(), d3.step(), roi), orvStatusOk);
-            ASSERT_EQ(m.c3i(i3.data<T>(), i3.step(), roi), orvStatusOk);
-            ASSERT_EQ(m.ac4(s4.data<T>(), s4.step(), d4.data<T>(), d4.step(), roi), orvStatusOk);
-            ASSERT_EQ(m.ac4i(i4.data<T>(), i4.step(), roi), orvStatusOk);
-            ASSERT_EQ(m.p3(srcPlanes, sp0.step(), dstPlanes, dp0.step(), roi), orvStatusOk);
-            ASSERT_EQ(m.ip3(inPlanes, ip0.step(), roi), orvStatusOk);
+            EXPECT_EQ(m.c3(s3.data<T>(), s3.step(), d3.data<T>(), d3.step(), roi), orvStatusOk);
+            EXPECT_EQ(m.c3i(i3.data<T>(), i3.step(), roi), orvStatusOk);
+            EXPECT_EQ(m.ac4(s4.data<T>(), s4.step(), d4.data<T>(), d4.step(), roi), orvStatusOk);
+            EXPECT_EQ(m.ac4i(i4.data<T>(), i4.step(), roi), orvStatusOk);
+            EXPECT_EQ(m.p3(srcPlanes, sp0.step(), dstPlanes, dp0.step(), roi), orvStatusOk);
+            EXPECT_EQ(m.ip3(inPlanes, ip0.step(), roi), orvStatusOk);
             delete sb;
             for (GuardedImage* im : {&s3, &s4, &d3, &d4, &i3, &i4, &sp0, &sp1, &sp2, &dp0, &dp1, &dp2, &ip0, &ip1, &ip2})
-                ASSERT_TRUE(im->guardsIntact());
-            for (int y = 0; y < h; ++y)
-                for (int x = 0; x < w; ++x) {
-                    for (int c = 0; c < 3; ++c) {
-                        const T v = s3.row<T>(y)[3 * x + c];
-                        const T want3 = expect(v, false), want4 = expect(v, true);
-                        auto same = [](T a, T b) { return std::memcmp(&a, &b, sizeof(T)) == 0; };
-                        ASSERT_TRUE(same(d3.row<T>(y)[3 * x + c], want3)) << "C3R " << scalar << " " << x << "," << y;
-                        ASSERT_TRUE(same(i3.row<T>(y)[3 * x + c], want3)) << "C3IR " << x << "," << y;
-                        ASSERT_TRUE(same(d4.row<T>(y)[4 * x + c], want4)) << "AC4R " << x << "," << y;
-                        ASSERT_TRUE(same(i4.row<T>(y)[4 * x + c], want4)) << "AC4IR " << x << "," << y;
-                        ASSERT_TRUE(same(dp[c]->row<T>(y)[x], want3)) << "P3R " << x << "," << y;
-                        ASSERT_TRUE(same(ip[c]->row<T>(y)[x], want3)) << "IP3R " << x << "," << y;
-                    }
-                    // Alpha: the destination's stays, the in-place one keeps the source's.
-                    ASSERT_EQ(std::memcmp(&d4.row<T>(y)[4 * x + 3], d4Before.data() + (y * w * 4 + 4 * x + 3) * e, e), 0);
-                    ASSERT_EQ(std::memcmp(&i4.row<T>(y)[4 * x + 3], &s4.row<T>(y)[4 * x + 3], e), 0);
-                }
+                EXPECT_TRUE(im->guardsIntact());
+            return Outputs{d3.pixels(), i3.pixels(), d4.pixels(), i4.pixels(), {dp0.pixels(), dp1.pixels(), dp2.pixels()},
+                           {ip0.pixels(), ip1.pixels(), ip2.pixels()}};
+        };
+        const Outputs v = run(false), s = run(true);
+        ASSERT_EQ(v.c3, s.c3);
+        ASSERT_EQ(v.ac4, s.ac4);
+        ASSERT_EQ(v.ac4i, s.ac4i);
+        ASSERT_EQ(v.c3, v.c3i);
+        ASSERT_EQ(s.c3, s.c3i);
+        for (int c = 0; c < 3; ++c) {
+            ASSERT_EQ(v.p3[c], s.p3[c]);
+            ASSERT_EQ(v.p3[c], v.ip3[c]);
+            ASSERT_EQ(s.p3[c], s.ip3[c]);
         }
+        auto at = [](const std::vector<uint8_t>& b, std::size_t i) {
+            T t;
+            std::memcpy(&t, b.data() + i * sizeof(T), sizeof(T));
+            return t;
+        };
+        for (int y = 0; y < h; ++y)
+            for (int x = 0; x < w; ++x) {
+                const std::size_t p = std::size_t(y) * w + x;
+                for (int c = 0; c < 3; ++c) {
+                    const T in = s3.row<T>(y)[3 * x + c];
+                    const T out = at(v.c3, 3 * p + c);
+                    ASSERT_EQ(std::memcmp(&out, v.p3[c].data() + p * e, e), 0) << x << "," << y;
+                    ASSERT_NEAR(double(out), expect(in), tol) << "C3 " << x << "," << y << " of " << double(in);
+                    ASSERT_NEAR(double(at(v.ac4, 4 * p + c)), expect(in), tol) << "AC4 " << x << "," << y;
+                    ASSERT_NEAR(double(at(v.ac4i, 4 * p + c)), expect(in), tol) << "AC4I " << x << "," << y;
+                }
+                // Alpha: the destination's stays, the in-place one keeps the source's.
+                ASSERT_EQ(std::memcmp(v.ac4.data() + (4 * p + 3) * e, alphaBefore.data() + (4 * p + 3) * e, e), 0);
+                ASSERT_EQ(std::memcmp(v.ac4i.data() + (4 * p + 3) * e, &s4.row<T>(y)[4 * x + 3], e), 0);
+            }
     }
 }
 
@@ -196,13 +195,27 @@ TEST(Gamma, TableMembersLookUpEveryValueInEveryLayout)
 {
     auto byte = [](std::mt19937& r) { return Orv8u(r()); };
     auto word = [](std::mt19937& r) { return Orv16u(r()); };
-    checkMembers(TABLE_MEMBERS(Fwd, 8u), byte, [](Orv8u v, bool) { return h9::tableFwd8u[v]; });
-    checkMembers(TABLE_MEMBERS(Inv, 8u), byte, [](Orv8u v, bool) { return h9::tableInv8u[v]; });
-    checkMembers(TABLE_MEMBERS(Fwd, 16u), word, [](Orv16u v, bool) { return h9::tableFwd16u[v]; });
-    checkMembers(TABLE_MEMBERS(Inv, 16u), word, [](Orv16u v, bool) { return h9::tableInv16u[v]; });
+    checkMembers(TABLE_MEMBERS(Fwd, 8u), byte, [](Orv8u v) { return double(h9::tableFwd8u[v]); }, 0);
+    checkMembers(TABLE_MEMBERS(Inv, 8u), byte, [](Orv8u v) { return double(h9::tableInv8u[v]); }, 0);
+    checkMembers(TABLE_MEMBERS(Fwd, 16u), word, [](Orv16u v) { return double(h9::tableFwd16u[v]); }, 0);
+    checkMembers(TABLE_MEMBERS(Inv, 16u), word, [](Orv16u v) { return double(h9::tableInv16u[v]); }, 0);
 }
 
-TEST(Gamma, FloatMembersFollowTheCurveValueByValue)
+// The curve in double precision on x = (v - vMin) / range as the library
+// forms it (a float, so that both sides take the same branch at the
+// thresholds 0.018f and 0.0812f).
+double fwdOnRange(float v, float lo, float hi)
+{
+    const float range = hi - lo, t = v - lo, x = t * (1.0f / range);
+    return lo + (x < 0.018f ? 4.5 * t : (1.099 * std::pow(double(x), 0.45) - 0.099) * range);
+}
+double invOnRange(float v, float lo, float hi)
+{
+    const float range = hi - lo, t = v - lo, x = t * (1.0f / range);
+    return lo + (x < 0.0812f ? t / 4.5 : std::pow((x + 0.099) / 1.099, 1.0 / 0.45) * range);
+}
+
+TEST(Gamma, FloatMembersFollowTheCurveInEveryLayout)
 {
     // Data somewhat outside the range too: negative arguments take the
     // linear branch, those above the top continue the curve.
@@ -215,10 +228,32 @@ TEST(Gamma, FloatMembersFollowTheCurveValueByValue)
                 return edges[r() % 6];
             return float(std::uniform_real_distribution<double>(lo - 0.05 * (hi - lo), hi + 0.1 * (hi - lo))(r));
         };
-        checkMembers(FLOAT_MEMBERS(Fwd, lo, hi), fill, [lo = lo, hi = hi](float v, bool) { return fwdValue(v, lo, hi); });
-        checkMembers(FLOAT_MEMBERS(Inv, lo, hi), fill,
-                     [lo = lo, hi = hi](float v, bool ac4) { return invValue(v, lo, hi, ac4); });
+        const double tol = 1e-6 * (hi - lo);
+        checkMembers(FLOAT_MEMBERS(Fwd, lo, hi), fill, [lo = lo, hi = hi](float v) { return fwdOnRange(v, lo, hi); }, tol);
+        checkMembers(FLOAT_MEMBERS(Inv, lo, hi), fill, [lo = lo, hi = hi](float v) { return invOnRange(v, lo, hi); }, tol);
     }
+}
+
+// The AC4 inverse forms (x + 0.099) / 1.099 in double precision, rounded
+// once; the other layouts in single precision, fused. A value where the two
+// differ gives different powers.
+TEST(Gamma, AlphaLayoutsFormTheInverseArgumentInDouble)
+{
+    const float inv = 1.0f;
+    float v = 0.5f;
+    auto single = [&](float t) { return std::fma(t, inv, 0.099f) * 0.9099181f; };
+    auto twice = [&](float t) { return float(std::fma(double(t), double(inv), double(0.099f)) * double(0.9099181f)); };
+    while (single(v) == twice(v))
+        v = std::nextafter(v, 1.0f);
+    float px3[3] = {v, v, v}, px4[4] = {v, v, v, 0}, out3[3], out4[4];
+    orviGammaInv_32f_C3R(px3, 12, out3, 12, {1, 1}, 0.0f, 1.0f);
+    orviGammaInv_32f_AC4R(px4, 16, out4, 16, {1, 1}, 0.0f, 1.0f);
+    float p3, p4;
+    const float a3 = single(v), a4 = twice(v);
+    h9::orvsPowx_32f_A21(&a3, 2.2222223f, &p3, 1);
+    h9::orvsPowx_32f_A21(&a4, 2.2222223f, &p4, 1);
+    EXPECT_EQ(out3[0], p3);
+    EXPECT_EQ(out4[0], p4);
 }
 
 TEST(Gamma, EightBitEndsAndTheTieAtOne)

@@ -140,7 +140,7 @@ struct Range32f {
 struct Forward {
     static constexpr float kExponent = 0.45f;
     static float argument(float t, const Range32f& g) { return t * g.inv; }
-    static float argumentDouble(float t, const Range32f& g) { return argument(t, g); }
+    static float argumentAC4(float t, const Range32f& g) { return argument(t, g); }
     static float result(float t, float p, const Range32f& g)
     {
         const float x = t * g.inv;
@@ -160,7 +160,7 @@ struct Forward {
 struct Inverse {
     static constexpr float kExponent = 2.2222223f;
     static float argument(float t, const Range32f& g) { return fmaf32(t, g.inv, 0.099f) * 0.9099181f; }
-    static float argumentDouble(float t, const Range32f& g)
+    static float argumentAC4(float t, const Range32f& g)  // in double, rounded once
     {
         return float(fmaf64(double(t), double(g.inv), double(0.099f)) * double(0.9099181f));
     }
@@ -239,7 +239,7 @@ struct Curve32f {
                 for (int c = 0; c < 3; ++c)
                     t[3 * i + c] = s[4 * (b + i) + c] - g.vMin;
             for (int i = 0; i < m; ++i)
-                arg[i] = Dir::argumentDouble(t[i], g);
+                arg[i] = Dir::argumentAC4(t[i], g);
             orvsPowx_32f_A21(arg, Dir::kExponent, p, m);
             resultPass<Dir>(t, p, t, m, g);
             for (int i = 0; i < np; ++i)

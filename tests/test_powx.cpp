@@ -220,8 +220,9 @@ TEST(Powx, CallersModesAreRestoredAndDoNotChangeResults)
         std::vector<float> want(x.size()), got(x.size());
         const OrvStatus st = h9::orvsPowx_32f_A21(x.data(), y, want.data(), int(x.size()));
         EXPECT_EQ(_mm_getcsr() & 0x3f, 0u) << "sticky flags left behind";
-        if (y == kFwd)
+        if (y == kFwd) {
             EXPECT_GT(want[5], 0.0f);
+        }
 
         const uint32_t saved = _mm_getcsr();
         const uint32_t callers = (saved & ~0x6000u) | 0x6000u | 0x8000u | 0x0040u | 0x0001u;  // RZ, FTZ, DAZ, a flag

@@ -117,16 +117,18 @@ inline __m256 twistSum(const Splat& k, int r, __m256 a, __m256 b, __m256 c)
                          _mm256_add_ps(_mm256_mul_ps(c, k.w[2][r]), _mm256_mul_ps(b, k.w[1][r])));
 }
 
+// For integers the max with the lower limit is left to the saturating packs
+// that narrow the result: after the min, rounding and then saturating gives
+// what clamping and then rounding gives, for values below the int32 range
+// too (they convert to INT32_MIN). The min stays, for NaN and values above
+// the int32 range convert to INT32_MIN as well.
 template <class T>
 inline auto toElement(__m256 s)
 {
-    if constexpr (kIsFloat<T>) {
+    if constexpr (kIsFloat<T>)
         return s;
-    } else {
-        s = _mm256_min_ps(s, _mm256_set1_ps(Limits<T>::upper));
-        s = _mm256_max_ps(s, _mm256_set1_ps(Limits<T>::lower));
-        return _mm256_cvtps_epi32(s);
-    }
+    else
+        return _mm256_cvtps_epi32(_mm256_min_ps(s, _mm256_set1_ps(Limits<T>::upper)));
 }
 
 // ---------------------------------------------------------------------------
@@ -272,8 +274,8 @@ inline void interleave3x8(__m256i x0, __m256i x1, __m256i x2, __m256i& a, __m256
     c = _mm256_blend_epi32(_mm256_blend_epi32(u0, u1, 0x49), u2, 0x92);
 }
 
-// 32-bit values, already within the element's range, to 16-bit elements:
-// 16 values from two registers, pixel order kept.
+// 32-bit values to 16-bit elements, saturated: 16 values from two
+// registers, pixel order kept.
 template <class T>
 inline __m256i pack16(__m256i x, __m256i y)
 {
@@ -295,14 +297,33 @@ inline void narrow8(T* p, __m256i v)
     }
 }
 
-// Per lane: bytes 0-2 of each dword, twelve bytes in all, to the front.
-constexpr std::array<int8_t, 32> dwordsToBytesC3()
+// Eight pixels' r, g, b (32-bit lanes) saturated to bytes: per lane the
+// four pixels' r, then g, then b, then b again.
+inline __m256i packBytes(__m256i r, __m256i g, __m256i b)
+{
+    return _mm256_packus_epi16(_mm256_packs_epi32(r, g), _mm256_packs_epi32(b, b));
+}
+
+// pshufb mask that interleaves the output of packBytes into pixels of
+// `Ch` bytes, per lane; a fourth byte, if any, and the bytes past the
+// lane's pixels are zero.
+template <int Ch>
+constexpr std::array<int8_t, 32> interleaveBytesMask()
 {
     std::array<int8_t, 32> m{};
     for (int lane = 0; lane < 2; ++lane)
-        for (int b = 0; b < 16; ++b)
-            m[16 * lane + b] = b < 12 ? int8_t(b / 3 * 4 + b % 3) : int8_t(-128);
+        for (int b = 0; b < 16; ++b) {
+            const int px = b / Ch, ch = b % Ch;
+            m[16 * lane + b] = (px < 4 && ch < 3) ? int8_t(4 * ch + px) : int8_t(-128);
+        }
     return m;
+}
+
+template <int Ch>
+inline __m256i interleaveBytes(__m256i packed)
+{
+    static constexpr auto m = interleaveBytesMask<Ch>();
+    return _mm256_shuffle_epi8(packed, _mm256_loadu_si256(reinterpret_cast<const __m256i*>(m.data())));
 }
 
 // Sixteen-bit pixels of r, g, b (four in each lane, 32-bit values packed two
@@ -321,7 +342,7 @@ inline void interleave4x16(__m256i r, __m256i g, __m256i b, __m256i& first, __m2
     second = _mm256_permute2x128_si256(x, y, 0x31);
 }
 
-// Integer results (32-bit lanes, within range) of eight pixels to memory. In
+// Integer results (32-bit lanes, saturated here) of eight pixels to memory. In
 // AC4 the destination's fourth bytes are read and written back unchanged,
 // as nothing narrower than 32 bits can be masked out of a store.
 template <class T, Layout L>
@@ -334,9 +355,8 @@ inline void store8(Access<T, L> d, int i, __m256i r, __m256i g, __m256i b)
     } else if constexpr (L == Layout::C3) {
         T* p = d.at(i, 0);
         if constexpr (std::is_same_v<T, uint8_t>) {
-            static constexpr auto squeeze = dwordsToBytesC3();
-            __m256i v = _mm256_or_si256(r, _mm256_or_si256(_mm256_slli_epi32(g, 8), _mm256_slli_epi32(b, 16)));
-            v = _mm256_shuffle_epi8(v, _mm256_loadu_si256(reinterpret_cast<const __m256i*>(squeeze.data())));
+            // Twelve bytes a lane; the two lanes' dwords 0-2 side by side.
+            __m256i v = interleaveBytes<3>(packBytes(r, g, b));
             v = _mm256_permutevar8x32_epi32(v, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 7, 7));
             _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(v));
             _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 16), _mm256_extracti128_si256(v, 1));
@@ -349,7 +369,7 @@ inline void store8(Access<T, L> d, int i, __m256i r, __m256i g, __m256i b)
     } else {  // AC4
         T* p = d.at(i, 0);
         if constexpr (std::is_same_v<T, uint8_t>) {
-            const __m256i v = _mm256_or_si256(r, _mm256_or_si256(_mm256_slli_epi32(g, 8), _mm256_slli_epi32(b, 16)));
+            const __m256i v = interleaveBytes<4>(packBytes(r, g, b));
             const __m256i old = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(p),
                                 _mm256_blendv_epi8(v, old, _mm256_set1_epi32(int32_t(0xff000000u))));

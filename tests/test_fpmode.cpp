@@ -41,23 +41,4 @@ TEST(FpMode, SetControlWordLoadsTheWholeWordAndRoundingFollowsIt)
     EXPECT_EQ(_mm_cvtss_si32(_mm_set_ss(x)), 3);
 }
 
-TEST(FpMode, NearestRoundingRestoresOnlyAFieldThatWasNotNearest)
-{
-    SavedCsr saved;
-    const uint32_t base = _mm_getcsr() & ~(h9::kRoundingMask | 0x3f);
-    _mm_setcsr(base | h9::kRoundUp);
-    {
-        h9::NearestRounding nearest;
-        EXPECT_EQ(_mm_getcsr() & h9::kRoundingMask, h9::kRoundNearest);
-        _mm_setcsr(_mm_getcsr() | 0x20);  // a flag raised inside
-    }
-    EXPECT_EQ(_mm_getcsr(), base | h9::kRoundUp);
-    _mm_setcsr(base);
-    {
-        h9::NearestRounding nearest;
-        _mm_setcsr(_mm_getcsr() | 0x20);
-    }
-    EXPECT_EQ(_mm_getcsr(), base | 0x20);
-}
-
 }  // namespace

@@ -176,6 +176,31 @@ inline __m256i spreadC3()
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(m.data()));
 }
 
+// Three-channel 32-bit elements of eight pixels, a (values 0-7), b (8-15),
+// c (16-23), to one register per channel. Unlike simd::deinterleave3x8 the
+// pixels are not put back in order, which saves a permutation per register:
+// the blends leave lane j of x0 with channel 0 of pixel (0 3 6 1 4 7 2 5)[j],
+// and rotating the other two registers by one and two lanes brings channels
+// 1 and 2 of the same pixels there. Pixels never meet in the arithmetic, and
+// interleave3 undoes exactly this order.
+inline void deinterleave3(__m256i a, __m256i b, __m256i c, __m256i& x0, __m256i& x1, __m256i& x2)
+{
+    x0 = _mm256_blend_epi32(_mm256_blend_epi32(a, b, 0x92), c, 0x24);
+    x1 = _mm256_permutevar8x32_epi32(_mm256_blend_epi32(_mm256_blend_epi32(a, b, 0x24), c, 0x49),
+                                     _mm256_setr_epi32(1, 2, 3, 4, 5, 6, 7, 0));
+    x2 = _mm256_permutevar8x32_epi32(_mm256_blend_epi32(_mm256_blend_epi32(a, b, 0x49), c, 0x92),
+                                     _mm256_setr_epi32(2, 3, 4, 5, 6, 7, 0, 1));
+}
+
+inline void interleave3(__m256i x0, __m256i x1, __m256i x2, __m256i& a, __m256i& b, __m256i& c)
+{
+    const __m256i u1 = _mm256_permutevar8x32_epi32(x1, _mm256_setr_epi32(7, 0, 1, 2, 3, 4, 5, 6));
+    const __m256i u2 = _mm256_permutevar8x32_epi32(x2, _mm256_setr_epi32(6, 7, 0, 1, 2, 3, 4, 5));
+    a = _mm256_blend_epi32(_mm256_blend_epi32(x0, u1, 0x92), u2, 0x24);
+    b = _mm256_blend_epi32(_mm256_blend_epi32(x0, u1, 0x24), u2, 0x49);
+    c = _mm256_blend_epi32(_mm256_blend_epi32(x0, u1, 0x49), u2, 0x92);
+}
+
 // Eight elements widened to 32-bit integers.
 template <class T>
 inline __m256i widen8(const T* p)
@@ -225,11 +250,11 @@ inline void load8(Access<const T, L> s, int i, __m256& a, __m256& b, __m256& c)
         } else {
             __m256i x0, x1, x2;
             if constexpr (kIsFloat<T>)
-                simd::deinterleave3x8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)),
-                                      _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 8)),
-                                      _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 16)), x0, x1, x2);
+                deinterleave3(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)),
+                              _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 8)),
+                              _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 16)), x0, x1, x2);
             else
-                simd::deinterleave3x8(widen8(p), widen8(p + 8), widen8(p + 16), x0, x1, x2);
+                deinterleave3(widen8(p), widen8(p + 8), widen8(p + 16), x0, x1, x2);
             if constexpr (kIsFloat<T>) {
                 a = _mm256_castsi256_ps(x0);
                 b = _mm256_castsi256_ps(x1);
@@ -261,18 +286,6 @@ inline void load8(Access<const T, L> s, int i, __m256& a, __m256& b, __m256& c)
 
 // ---------------------------------------------------------------------------
 // Eight pixels out.
-
-// Inverse of simd::deinterleave3x8: three registers of one channel each
-// into 24 interleaved 32-bit values, pixel order kept.
-inline void interleave3x8(__m256i x0, __m256i x1, __m256i x2, __m256i& a, __m256i& b, __m256i& c)
-{
-    const __m256i u0 = _mm256_permutevar8x32_epi32(x0, _mm256_setr_epi32(0, 3, 6, 1, 4, 7, 2, 5));
-    const __m256i u1 = _mm256_permutevar8x32_epi32(x1, _mm256_setr_epi32(5, 0, 3, 6, 1, 4, 7, 2));
-    const __m256i u2 = _mm256_permutevar8x32_epi32(x2, _mm256_setr_epi32(2, 5, 0, 3, 6, 1, 4, 7));
-    a = _mm256_blend_epi32(_mm256_blend_epi32(u0, u1, 0x92), u2, 0x24);
-    b = _mm256_blend_epi32(_mm256_blend_epi32(u0, u1, 0x24), u2, 0x49);
-    c = _mm256_blend_epi32(_mm256_blend_epi32(u0, u1, 0x49), u2, 0x92);
-}
 
 // 32-bit values to 16-bit elements, saturated: 16 values from two
 // registers, pixel order kept.
@@ -362,7 +375,7 @@ inline void store8(Access<T, L> d, int i, __m256i r, __m256i g, __m256i b)
             _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 16), _mm256_extracti128_si256(v, 1));
         } else {
             __m256i x0, x1, x2;
-            interleave3x8(r, g, b, x0, x1, x2);
+            interleave3(r, g, b, x0, x1, x2);
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), pack16<T>(x0, x1));
             _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 16), _mm256_castsi256_si128(pack16<T>(x2, x2)));
         }
@@ -394,7 +407,7 @@ inline void store8(Access<T, L> d, int i, __m256 r, __m256 g, __m256 b, bool str
         _mm256_storeu_ps(d.at(i, 2), b);
     } else if constexpr (L == Layout::C3) {
         __m256i x[3];
-        interleave3x8(_mm256_castps_si256(r), _mm256_castps_si256(g), _mm256_castps_si256(b), x[0], x[1], x[2]);
+        interleave3(_mm256_castps_si256(r), _mm256_castps_si256(g), _mm256_castps_si256(b), x[0], x[1], x[2]);
         float* p = d.at(i, 0);
         for (int k = 0; k < 3; ++k) {
             const __m256 v = _mm256_castsi256_ps(x[k]);
@@ -431,8 +444,11 @@ inline void store8(Access<T, L> d, int i, __m256 r, __m256 g, __m256 b, bool str
 // stores in the vector part.
 template <class T, Layout L>
 struct Twist3 {
+    using Elem = T;
     using In = Access<const T, L>;
     using Out = Access<T, L>;
+    static constexpr int kStep = 8;     // pixels a vector step
+    static constexpr int kResults = 3;  // channels read and written
     Columns m;
     bool alignHead = false;
     bool stream = false;
@@ -448,6 +464,22 @@ struct Twist3 {
                 ++head;
         }
         return {head, head + ((n - head) & ~7)};
+    }
+
+    // One vector step of pixels in `buf` (32 elements), laid like a row.
+    static Out buffer(T* buf)
+    {
+        if constexpr (L == Layout::P3)
+            return {{buf, buf + kStep, buf + 2 * kStep}};
+        else
+            return {buf};
+    }
+    static In readOnly(Out o)
+    {
+        if constexpr (L == Layout::P3)
+            return {{o.p[0], o.p[1], o.p[2]}};
+        else
+            return {o.p};
     }
 
     // Scalar form: all three results of the pixel before any is stored, so
@@ -485,12 +517,17 @@ struct Twist3 {
 // t = p1 w1, then t = p0 w0 + t, p2 w2 + t, p3 w3 + t, each fused.
 // stream: streaming stores, for source and destination aligned to 16.
 struct Twist4 {
+    using Elem = float;
     using In = Packed<const float, 4>;
     using Out = Packed<float, 4>;
+    static constexpr int kStep = 2;
+    static constexpr int kResults = 4;
     Columns m;
     bool stream = false;
 
     Span span(int n, Out) const { return {0, n & ~1}; }
+    static Out buffer(float* buf) { return {buf}; }
+    static In readOnly(Out o) { return {o.p}; }
 
     void pixel(In s, Out d, int i) const
     {
@@ -530,22 +567,46 @@ struct Twist4 {
     }
 };
 
-// One row or run: scalar form outside the span, vector path inside it (or
-// the scalar form there too when the tests ask for it).
+// Fewer pixels than one vector step, [begin, end): copied into a zeroed
+// buffer of one step, converted there by the vector path (in place, with
+// ordinary stores), and the results copied out. The arithmetic per pixel is
+// the same, so this only spares the row's edges the slower scalar code.
+template <class K>
+void viaBuffer(const K& k, typename K::In s, typename K::Out d, int begin, int end)
+{
+    using T = typename K::Elem;
+    alignas(32) T buf[4 * K::kStep] = {};
+    const typename K::Out b = K::buffer(buf);
+    const int count = end - begin < K::kStep ? end - begin : K::kStep;
+    for (int j = 0; j < count; ++j)
+        for (int ch = 0; ch < K::kResults; ++ch)
+            *b.at(j, ch) = *s.at(begin + j, ch);
+    K plain = k;
+    plain.stream = false;
+    plain.vector(K::readOnly(b), b, 0, K::kStep);
+    for (int j = 0; j < count; ++j)
+        for (int ch = 0; ch < K::kResults; ++ch)
+            *d.at(begin + j, ch) = *b.at(j, ch);
+}
+
+// One row or run. The span's whole vector steps are converted in place, the
+// pixels before and after it through the buffer; when the tests ask for the
+// scalar form, every pixel takes it.
 template <class K>
 void twistRow(const K& k, typename K::In s, typename K::Out d, int n)
 {
-    const Span b = k.span(n, d);
-    for (int i = 0; i < b.begin; ++i)
-        k.pixel(s, d, i);
     if (g_scalarBlocks) {
-        for (int i = b.begin; i < b.end; ++i)
+        for (int i = 0; i < n; ++i)
             k.pixel(s, d, i);
-    } else if (b.end > b.begin) {
-        k.vector(s, d, b.begin, b.end);
+        return;
     }
-    for (int i = b.end; i < n; ++i)
-        k.pixel(s, d, i);
+    const Span b = k.span(n, d);
+    for (int i = 0; i < b.begin; i += K::kStep)
+        viaBuffer(k, s, d, i, i + K::kStep < b.begin ? i + K::kStep : b.begin);
+    if (b.end > b.begin)
+        k.vector(s, d, b.begin, b.end);
+    if (b.end < n)
+        viaBuffer(k, s, d, b.end, n);
 }
 
 template <class K>

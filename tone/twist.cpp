@@ -397,7 +397,8 @@ inline void store8(Access<T, L> d, int i, __m256i r, __m256i g, __m256i b)
 }
 
 // Float results of eight pixels to memory. `stream` (C3 only) stores with
-// non-temporal 16-byte stores and needs a destination aligned to 16.
+// non-temporal stores, of 32 bytes where the destination is aligned to 32 and
+// of 16 where it is aligned to 16 only; it needs that much.
 template <class T, Layout L>
 inline void store8(Access<T, L> d, int i, __m256 r, __m256 g, __m256 b, bool stream)
 {
@@ -411,7 +412,9 @@ inline void store8(Access<T, L> d, int i, __m256 r, __m256 g, __m256 b, bool str
         float* p = d.at(i, 0);
         for (int k = 0; k < 3; ++k) {
             const __m256 v = _mm256_castsi256_ps(x[k]);
-            if (stream) {
+            if (stream && reinterpret_cast<uintptr_t>(p) % 32 == 0) {
+                _mm256_stream_ps(p + 8 * k, v);
+            } else if (stream) {
                 _mm_stream_ps(p + 8 * k, _mm256_castps256_ps128(v));
                 _mm_stream_ps(p + 8 * k + 4, _mm256_extractf128_ps(v, 1));
             } else {

@@ -13,9 +13,10 @@
 // Floats are stored as they are. The 4-by-4 member has its own order:
 // t = p1 w1, then p0 w0, p2 w2 and p3 w3 are added one by one, fused.
 //
-// Every pixel of every path goes through the same arithmetic: the vector
-// paths hold one pixel per lane (eight pixels a step), the scalar form takes
-// the pixels around them, so where a row splits never shows in the output.
+// Every pixel goes through the same arithmetic on every path. The scalar
+// form (pixel()) states it; the vector path holds one pixel per lane and
+// converts whole steps of eight in place and the few pixels at a row's edges
+// through a one-step buffer, so where a row splits never shows in the output.
 #include <immintrin.h>
 
 #include <array>
@@ -442,9 +443,9 @@ inline void store8(Access<T, L> d, int i, __m256 r, __m256 g, __m256 b, bool str
 // ---------------------------------------------------------------------------
 // The 3-by-4 kernel over one row (or one contiguous run) of n pixels.
 //
-// alignHead: single pixels until the destination is aligned to 16 bytes
-// (the 32f C3 kernels, whose streaming stores need it); stream: streaming
-// stores in the vector part.
+// alignHead: the vector steps start where the destination is aligned to 16
+// bytes, the pixels before go apart (the 32f C3 kernels, whose streaming
+// stores need it); stream: streaming stores in the vector steps.
 template <class T, Layout L>
 struct Twist3 {
     using Elem = T;

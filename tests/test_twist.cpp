@@ -156,7 +156,9 @@ TEST(Twist, LimitsNaNAndTiesToEven)
 {
     const float nan = std::numeric_limits<float>::quiet_NaN(), inf = std::numeric_limits<float>::infinity();
     using R = std::array<int, 3>;
-    for (int w : {1, 8}) {  // the scalar form and the vector path
+    for (int w : {1, 9, -1, -9}) {  // the vector path, then (w < 0) the scalar form
+        std::unique_ptr<ScalarBlocks> scalar(w < 0 ? new ScalarBlocks : nullptr);
+        w = std::abs(w);
         SCOPED_TRACE(w);
         EXPECT_EQ(twist8({{0, 0, 0, 0.5f}, {0, 0, 0, 1.5f}, {0, 0, 0, 2.5f}}, {1, 2, 3}, w), (R{0, 2, 2}));
         EXPECT_EQ(twist8({{0, 0, 0, 254.5f}, {0, 0, 0, 253.5f}, {0, 0, 0, -0.5f}}, {1, 2, 3}, w), (R{254, 254, 0}));
@@ -167,16 +169,19 @@ TEST(Twist, LimitsNaNAndTiesToEven)
         EXPECT_EQ(twist8({{-inf, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 0, -1.0e30f}}, {1, 20, 30}, w), (R{0, 20, 0}));
         EXPECT_EQ(twist8({{-inf, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 0, 0}}, {0, 20, 30}, w), (R{255, 20, 0}));
     }
-    // 16-bit limits and ties: a block of 8 and one pixel after it.
+    // 16-bit limits and ties, nine pixels, by both paths.
     const Matrix mu = {{1, 0, 0, 70000}, {0, 1, 0, -0.5f}, {0, 0, 1, 0.5f}};
     const Matrix ms = {{1, 0, 0, -40000}, {0, 1, 0, 40000}, {0, 0, 1, -0.5f}};
-    std::vector<Orv16u> u(27, 2), ud(27);
-    std::vector<Orv16s> v(27, -3), vd(27);
-    ASSERT_EQ(orviColorTwist32f_16u_C3R(u.data(), 54, ud.data(), 54, {9, 1}, mu), orvStatusOk);
-    ASSERT_EQ(orviColorTwist32f_16s_C3R(v.data(), 54, vd.data(), 54, {9, 1}, ms), orvStatusOk);
-    for (int i : {0, 8}) {
-        EXPECT_EQ((R{ud[3 * i], ud[3 * i + 1], ud[3 * i + 2]}), (R{65535, 2, 2}));
-        EXPECT_EQ((R{vd[3 * i], vd[3 * i + 1], vd[3 * i + 2]}), (R{-32768, 32767, -4}));
+    for (bool viaScalar : {false, true}) {
+        std::unique_ptr<ScalarBlocks> scalar(viaScalar ? new ScalarBlocks : nullptr);
+        std::vector<Orv16u> u(27, 2), ud(27);
+        std::vector<Orv16s> v(27, -3), vd(27);
+        ASSERT_EQ(orviColorTwist32f_16u_C3R(u.data(), 54, ud.data(), 54, {9, 1}, mu), orvStatusOk);
+        ASSERT_EQ(orviColorTwist32f_16s_C3R(v.data(), 54, vd.data(), 54, {9, 1}, ms), orvStatusOk);
+        for (int i : {0, 8}) {
+            EXPECT_EQ((R{ud[3 * i], ud[3 * i + 1], ud[3 * i + 2]}), (R{65535, 2, 2}));
+            EXPECT_EQ((R{vd[3 * i], vd[3 * i + 1], vd[3 * i + 2]}), (R{-32768, 32767, -4}));
+        }
     }
 }
 

@@ -87,6 +87,11 @@ inline float twistSum(const Columns& m, int r, float a, float b, float c)
     return (m.col[3][r] + a * m.col[0][r]) + (c * m.col[2][r] + b * m.col[1][r]);
 }
 
+// min and max as minss and maxss compute them: a < b ? a : b and
+// a > b ? a : b, so the second operand when either is NaN.
+inline float minss(float a, float b) { return _mm_cvtss_f32(_mm_min_ss(_mm_set_ss(a), _mm_set_ss(b))); }
+inline float maxss(float a, float b) { return _mm_cvtss_f32(_mm_max_ss(_mm_set_ss(a), _mm_set_ss(b))); }
+
 // The stored element: floats as they are; integers clamped (min first, so a
 // NaN becomes the upper limit, then max) and converted to nearest.
 template <class T>
@@ -95,8 +100,8 @@ inline T toElement(float s)
     if constexpr (kIsFloat<T>) {
         return s;
     } else {
-        s = s < Limits<T>::upper ? s : Limits<T>::upper;
-        s = s > Limits<T>::lower ? s : Limits<T>::lower;
+        s = minss(s, Limits<T>::upper);
+        s = maxss(s, Limits<T>::lower);
         return static_cast<T>(cvtNearest(s));
     }
 }
@@ -357,8 +362,8 @@ inline void interleave4x16(__m256i r, __m256i g, __m256i b, __m256i& first, __m2
 }
 
 // Integer results (32-bit lanes, saturated here) of eight pixels to memory. In
-// AC4 the destination's fourth bytes are read and written back unchanged,
-// as nothing narrower than 32 bits can be masked out of a store.
+// AC4 the destination's fourth elements are read and written back unchanged
+// (a blend is far cheaper than a masked store, and none exists below 32 bits).
 template <class T, Layout L>
 inline void store8(Access<T, L> d, int i, __m256i r, __m256i g, __m256i b)
 {
@@ -422,7 +427,7 @@ inline void store8(Access<T, L> d, int i, __m256 r, __m256 g, __m256 b, bool str
                 _mm256_storeu_ps(p + 8 * k, v);
             }
         }
-    } else {  // AC4: a masked store leaves the fourth float alone
+    } else {  // AC4: the fourth floats are read and written back unchanged
         const __m256 t0 = _mm256_unpacklo_ps(r, g);  // r0 g0 r1 g1 | r4 g4 r5 g5
         const __m256 t1 = _mm256_unpackhi_ps(r, g);  // r2 g2 r3 g3 | r6 g6 r7 g7
         const __m256 t2 = _mm256_unpacklo_ps(b, b);
@@ -431,12 +436,12 @@ inline void store8(Access<T, L> d, int i, __m256 r, __m256 g, __m256 b, bool str
         const __m256 p1 = _mm256_shuffle_ps(t0, t2, 0xEE);  // pixels 1 | 5
         const __m256 p2 = _mm256_shuffle_ps(t1, t3, 0x44);  // pixels 2 | 6
         const __m256 p3 = _mm256_shuffle_ps(t1, t3, 0xEE);  // pixels 3 | 7
-        const __m256i keep = _mm256_setr_epi32(-1, -1, -1, 0, -1, -1, -1, 0);
         float* p = d.at(i, 0);
-        _mm256_maskstore_ps(p, keep, _mm256_permute2f128_ps(p0, p1, 0x20));
-        _mm256_maskstore_ps(p + 8, keep, _mm256_permute2f128_ps(p2, p3, 0x20));
-        _mm256_maskstore_ps(p + 16, keep, _mm256_permute2f128_ps(p0, p1, 0x31));
-        _mm256_maskstore_ps(p + 24, keep, _mm256_permute2f128_ps(p2, p3, 0x31));
+        auto keepAlpha = [](float* q, __m256 v) { _mm256_storeu_ps(q, _mm256_blend_ps(v, _mm256_loadu_ps(q), 0x88)); };
+        keepAlpha(p, _mm256_permute2f128_ps(p0, p1, 0x20));
+        keepAlpha(p + 8, _mm256_permute2f128_ps(p2, p3, 0x20));
+        keepAlpha(p + 16, _mm256_permute2f128_ps(p0, p1, 0x31));
+        keepAlpha(p + 24, _mm256_permute2f128_ps(p2, p3, 0x31));
     }
 }
 

@@ -1,0 +1,146 @@
+// Colour twist throughput, one thread, 1920x1080: every layout of every
+// element type, OpenCV's cv::transform with a 3x4 matrix as the peer, and a
+// memcpy of the 32f C3 image's bytes as the bound of the memory-bound case.
+#include <cstring>
+
+#include "bench_util.h"
+
+#ifdef ORVCC_HAVE_OPENCV
+#include <opencv2/core.hpp>
+#endif
+
+namespace {
+
+using namespace orvbench;
+
+const Orv32f kTwist[3][4] = {{0.9f, 0.3f, -0.2f, 12.25f}, {-0.4f, 1.2f, 0.35f, -20.5f}, {0.25f, -0.6f, 1.4f, 3.5f}};
+const Orv32f kTwist4[4][4] = {{0.9f, 0.3f, -0.2f, 0.1f}, {-0.4f, 1.2f, 0.35f, 0.0f}, {0.25f, -0.6f, 1.4f, 0.0f},
+                              {0.0f, 0.0f, 0.0f, 1.0f}};
+
+// Float frames hold ordinary values in 0..1 rather than random bit patterns,
+// which would put NaNs and denormals in the timed arithmetic.
+void fillFloats(uint8_t* p, std::size_t bytes)
+{
+    std::mt19937 rng(3);
+    float* f = reinterpret_cast<float*>(p);
+    for (std::size_t i = 0; i < bytes / 4; ++i)
+        f[i] = float(rng() % 4096) / 4096.0f;
+}
+
+// Like registerConversion, with float frames filled as above.
+void registerFloat(const std::string& name, int srcBytes, int dstBytes, Call call)
+{
+    for (bool scalar : {false, true}) {
+        benchmark::RegisterBenchmark((name + (scalar ? "/scalar" : "/vector")).c_str(),
+                                     [=](benchmark::State& state) {
+                                         Buffer src(std::size_t(kWidth) * kHeight * srcBytes, 1);
+                                         Buffer dst(std::size_t(kWidth) * kHeight * dstBytes, 2);
+                                         fillFloats(src.data(), std::size_t(kWidth) * kHeight * srcBytes);
+                                         fillFloats(dst.data(), std::size_t(kWidth) * kHeight * dstBytes);
+                                         orvSetNumThreads(1);
+                                         h9::g_scalarBlocks = scalar;
+                                         for (auto _ : state) {
+                                             benchmark::DoNotOptimize(call(src.data(), kWidth * srcBytes, dst.data(),
+                                                                           kWidth * dstBytes, {kWidth, kHeight}));
+                                             benchmark::ClobberMemory();
+                                         }
+                                         h9::g_scalarBlocks = false;
+                                         orvSetNumThreads(0);
+                                         reportPixels(state, 1LL * kWidth * kHeight);
+                                     })
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime();
+    }
+}
+
+template <class T>
+void registerAny(const std::string& name, int srcBytes, int dstBytes, Call call)
+{
+    if constexpr (std::is_same_v<T, float>)
+        registerFloat(name, srcBytes, dstBytes, call);
+    else
+        registerConversion(name, srcBytes, dstBytes, call);
+}
+
+// All layouts of one element type. Planar frames are the buffer cut in
+// three planes of one element per pixel.
+template <class T, class C3, class C3I, class AC4, class AC4I, class P3, class IP3>
+void registerType(const std::string& type, C3 c3, C3I c3i, AC4 ac4, AC4I ac4i, P3 p3, IP3 ip3)
+{
+    const int e = sizeof(T);
+    const std::string base = std::string(std::is_same_v<T, float> ? "ColorTwist_" : "ColorTwist32f_") + type;
+    registerAny<T>(base + "_C3R", 3 * e, 3 * e, [=](uint8_t* s, int ss, uint8_t* d, int ds, RoiSize r) {
+        return c3(reinterpret_cast<const T*>(s), ss, reinterpret_cast<T*>(d), ds, r, kTwist);
+    });
+    registerAny<T>(base + "_C3IR", 3 * e, 3 * e, [=](uint8_t*, int, uint8_t* d, int ds, RoiSize r) {
+        return c3i(reinterpret_cast<T*>(d), ds, r, kTwist);
+    });
+    registerAny<T>(base + "_AC4R", 4 * e, 4 * e, [=](uint8_t* s, int ss, uint8_t* d, int ds, RoiSize r) {
+        return ac4(reinterpret_cast<const T*>(s), ss, reinterpret_cast<T*>(d), ds, r, kTwist);
+    });
+    registerAny<T>(base + "_AC4IR", 4 * e, 4 * e, [=](uint8_t*, int, uint8_t* d, int ds, RoiSize r) {
+        return ac4i(reinterpret_cast<T*>(d), ds, r, kTwist);
+    });
+    auto planes = [e](uint8_t* p) {
+        const std::size_t plane = std::size_t(kWidth) * kHeight * e;
+        return std::array<T*, 3>{reinterpret_cast<T*>(p), reinterpret_cast<T*>(p + plane),
+                                 reinterpret_cast<T*>(p + 2 * plane)};
+    };
+    registerAny<T>(base + "_P3R", 3 * e, 3 * e, [=](uint8_t* s, int, uint8_t* d, int, RoiSize r) {
+        const auto sp = planes(s);
+        auto dp = planes(d);
+        const T* const cs[3] = {sp[0], sp[1], sp[2]};
+        return p3(cs, kWidth * e, dp.data(), kWidth * e, r, kTwist);
+    });
+    registerAny<T>(base + "_IP3R", 3 * e, 3 * e, [=](uint8_t*, int, uint8_t* d, int, RoiSize r) {
+        auto dp = planes(d);
+        return ip3(dp.data(), kWidth * e, r, kTwist);
+    });
+}
+
+void registerTwist()
+{
+    registerType<Orv8u>("8u", orviColorTwist32f_8u_C3R, orviColorTwist32f_8u_C3IR, orviColorTwist32f_8u_AC4R,
+                        orviColorTwist32f_8u_AC4IR, orviColorTwist32f_8u_P3R, orviColorTwist32f_8u_IP3R);
+    registerType<Orv16u>("16u", orviColorTwist32f_16u_C3R, orviColorTwist32f_16u_C3IR, orviColorTwist32f_16u_AC4R,
+                         orviColorTwist32f_16u_AC4IR, orviColorTwist32f_16u_P3R, orviColorTwist32f_16u_IP3R);
+    registerType<Orv16s>("16s", orviColorTwist32f_16s_C3R, orviColorTwist32f_16s_C3IR, orviColorTwist32f_16s_AC4R,
+                         orviColorTwist32f_16s_AC4IR, orviColorTwist32f_16s_P3R, orviColorTwist32f_16s_IP3R);
+    registerType<Orv32f>("32f", orviColorTwist_32f_C3R, orviColorTwist_32f_C3IR, orviColorTwist_32f_AC4R,
+                         orviColorTwist_32f_AC4IR, orviColorTwist_32f_P3R, orviColorTwist_32f_IP3R);
+    registerFloat("ColorTwist_32f_C4R", 16, 16, [](uint8_t* s, int ss, uint8_t* d, int ds, RoiSize r) {
+        return orviColorTwist_32f_C4R(reinterpret_cast<const Orv32f*>(s), ss, reinterpret_cast<Orv32f*>(d), ds, r,
+                                      kTwist4);
+    });
+
+    registerPeer("ColorTwist_32f_C3R/memcpy", [](benchmark::State& state) {
+        const std::size_t bytes = std::size_t(kWidth) * kHeight * 12;
+        Buffer src(bytes, 1), dst(bytes, 2);
+        for (auto _ : state) {
+            std::memcpy(dst.data(), src.data(), bytes);
+            benchmark::ClobberMemory();
+        }
+    });
+#ifdef ORVCC_HAVE_OPENCV
+    auto transform = [](int type, int elemBytes) {
+        return [=](benchmark::State& state) {
+            cv::setNumThreads(1);
+            Buffer src(std::size_t(kWidth) * kHeight * 3 * elemBytes, 1), dst(std::size_t(kWidth) * kHeight * 3 * elemBytes, 2);
+            if (elemBytes == 4)
+                fillFloats(src.data(), std::size_t(kWidth) * kHeight * 12);
+            cv::Mat s(kHeight, kWidth, type, src.data()), d(kHeight, kWidth, type, dst.data());
+            const cv::Mat m(3, 4, CV_32F, const_cast<float*>(&kTwist[0][0]));
+            for (auto _ : state) {
+                cv::transform(s, d, m);
+                benchmark::ClobberMemory();
+            }
+        };
+    };
+    registerPeer("ColorTwist32f_8u_C3R/opencv", transform(CV_8UC3, 1));
+    registerPeer("ColorTwist_32f_C3R/opencv", transform(CV_32FC3, 4));
+#endif
+}
+
+const Registrar registrar(registerTwist);
+
+}  // namespace

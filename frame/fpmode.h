@@ -1,0 +1,45 @@
+// The rounding control of the vector unit's control and status word (MXCSR).
+//
+// The control word belongs to the calling thread. A conversion that needs
+// round-to-nearest whatever the caller chose sets it for the length of its
+// call with setRoundingSsx and puts the caller's word back with setControlSsx.
+#pragma once
+
+#include <cstdint>
+
+namespace h9 {
+
+// Rounding-control field of the control word, bits 13 and 14.
+constexpr uint32_t kRoundingMask = 0x6000;
+constexpr uint32_t kRoundNearest = 0x0000;
+constexpr uint32_t kRoundDown = 0x2000;
+constexpr uint32_t kRoundUp = 0x4000;
+constexpr uint32_t kRoundTowardZero = 0x6000;
+
+// Returns the whole control word as it was. If its rounding field differs
+// from `mode` (given in place, e.g. 0 for nearest), stores the word with the
+// field replaced; otherwise stores nothing.
+uint32_t orv_set_rc_ssx(uint32_t mode);
+
+// Loads `word` as the whole control word.
+void orv_set_cw_ssx(uint32_t word);
+
+// Round-to-nearest for the lifetime of the object, as the integer colour
+// twist needs it: set on construction, and the old word restored on
+// destruction only when its rounding field was not nearest already.
+class NearestRounding {
+public:
+    NearestRounding() : saved_(orv_set_rc_ssx(kRoundNearest)) {}
+    ~NearestRounding()
+    {
+        if ((saved_ & kRoundingMask) != kRoundNearest)
+            orv_set_cw_ssx(saved_);
+    }
+    NearestRounding(const NearestRounding&) = delete;
+    NearestRounding& operator=(const NearestRounding&) = delete;
+
+private:
+    uint32_t saved_;
+};
+
+}  // namespace h9

@@ -121,11 +121,18 @@ void ownsCopy_8u_repG9(const Byte* s, Byte* d, std::size_t n)
 
 void ownsCopy_8u_inv(const Byte* s, Byte* d, std::size_t n)
 {
-    for (std::size_t i = n; i >= 64;) {
-        i -= 64;
-        const __m256i a = load32(s + i), b = load32(s + i + 32);
-        store32a(d + i + 32, b);
-        store32a(d + i, a);
+    std::size_t i = n;
+    for (; i >= 128; i -= 128) {
+        const __m256i a = load32(s + i - 32), b = load32(s + i - 64), c = load32(s + i - 96), e = load32(s + i - 128);
+        store32a(d + i - 32, a);
+        store32a(d + i - 64, b);
+        store32a(d + i - 96, c);
+        store32a(d + i - 128, e);
+    }
+    if (i >= 64) {
+        const __m256i a = load32(s + i - 32), b = load32(s + i - 64);
+        store32a(d + i - 32, a);
+        store32a(d + i - 64, b);
     }
 }
 

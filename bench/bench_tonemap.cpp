@@ -1,0 +1,63 @@
+// Tone mapping at 1920x1080 on the caller's thread; the peer is OpenCV's
+// minMaxLoc (or mean) followed by convertTo with the gain.
+#include "bench_util.h"
+
+#ifdef ORVCC_HAVE_OPENCV
+#include <opencv2/core.hpp>
+#endif
+
+namespace {
+
+using namespace orvbench;
+
+void registerToneMap(const std::string& name, OrvStatus (*f)(const Orv32f*, int, Orv8u*, int, RoiSize))
+{
+    for (bool scalar : {false, true}) {
+        benchmark::RegisterBenchmark((name + (scalar ? "/scalar" : "/vector")).c_str(),
+                                     [=](benchmark::State& state) {
+                                         Buffer src(std::size_t(kWidth) * kHeight * 4), dst(std::size_t(kWidth) * kHeight);
+                                         float* p = src.as<float>();
+                                         for (int i = 0; i < kWidth * kHeight; ++i)
+                                             p[i] = float((uint64_t(i) * 7919) % 100000) / 7.0f;
+                                         h9::g_scalarBlocks = scalar;
+                                         for (auto _ : state) {
+                                             benchmark::DoNotOptimize(f(p, kWidth * 4, dst.data(), kWidth, {kWidth, kHeight}));
+                                             benchmark::ClobberMemory();
+                                         }
+                                         h9::g_scalarBlocks = false;
+                                         reportPixels(state, 1LL * kWidth * kHeight);
+                                     })
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime();
+    }
+}
+
+void registerToneMaps()
+{
+    registerToneMap("ToneMapLinear_32f8u_C1R", orviToneMapLinear_32f8u_C1R);
+    registerToneMap("ToneMapMean_32f8u_C1R", orviToneMapMean_32f8u_C1R);
+#ifdef ORVCC_HAVE_OPENCV
+    for (bool mean : {false, true}) {
+        registerPeer(std::string(mean ? "ToneMapMean_32f8u_C1R" : "ToneMapLinear_32f8u_C1R") + "/opencv",
+                     [mean](benchmark::State& state) {
+                         cv::setNumThreads(1);
+                         cv::Mat s(kHeight, kWidth, CV_32FC1), d(kHeight, kWidth, CV_8UC1);
+                         cv::randu(s, 0.0, 10000.0);
+                         for (auto _ : state) {
+                             double lo = 0, hi = 0;
+                             if (mean)
+                                 hi = 2.0 * cv::mean(s)[0];
+                             else
+                                 cv::minMaxLoc(s, &lo, &hi);
+                             s.convertTo(d, CV_8U, 255.0 / hi);
+                             benchmark::ClobberMemory();
+                         }
+                         cv::setNumThreads(-1);
+                     });
+    }
+#endif
+}
+
+const Registrar registrar(registerToneMaps);
+
+}  // namespace

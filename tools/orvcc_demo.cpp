@@ -93,5 +93,49 @@ int main(int argc, char** argv)
     run("ColorToGray_64f_C3C1R", grayd.size() * 8, [&] {
         return orviColorToGray_64f_C3C1R(rgbd.data(), W * 24, grayd.data(), W * 8, roi, nullptr);
     }, grayd.data());
+
+    std::vector<uint8_t> yuv(rgb.size()), back3(rgb.size());
+    run("RGBToYUV_8u_C3R", yuv.size(), [&] {
+        return orviRGBToYUV_8u_C3R(rgb.data(), W * 3, yuv.data(), W * 3, roi);
+    }, yuv.data());
+    run("YUVToRGB_8u_C3R", back3.size(), [&] {
+        return orviYUVToRGB_8u_C3R(yuv.data(), W * 3, back3.data(), W * 3, roi);
+    }, back3.data());
+    run("RGBToYCbCr_8u_C3R", yuv.size(), [&] {
+        return orviRGBToYCbCr_8u_C3R(rgb.data(), W * 3, yuv.data(), W * 3, roi);
+    }, yuv.data());
+    run("YCbCrToRGB_8u_C3R", back3.size(), [&] {
+        return orviYCbCrToRGB_8u_C3R(yuv.data(), W * 3, back3.data(), W * 3, roi);
+    }, back3.data());
+
+    std::vector<uint8_t> xyz(rgb.size());
+    std::vector<float> xyzf(rgbf.size()), gammaf(rgbf.size());
+    run("RGBToXYZ_8u_C3R", xyz.size(), [&] {
+        return orviRGBToXYZ_8u_C3R(rgb.data(), W * 3, xyz.data(), W * 3, roi);
+    }, xyz.data());
+    run("RGBToXYZ_32f_C3R", xyzf.size() * 4, [&] {
+        return orviRGBToXYZ_32f_C3R(rgbf.data(), W * 12, xyzf.data(), W * 12, roi);
+    }, xyzf.data());
+
+    std::vector<uint8_t> gamma8(rgb.size()), twisted(rgb.size());
+    run("GammaFwd_8u_C3R", gamma8.size(), [&] {
+        return orviGammaFwd_8u_C3R(rgb.data(), W * 3, gamma8.data(), W * 3, roi);
+    }, gamma8.data());
+    run("GammaFwd_32f_C3R", gammaf.size() * 4, [&] {
+        return orviGammaFwd_32f_C3R(rgbf.data(), W * 12, gammaf.data(), W * 12, roi, 0.0f, 1.0f);
+    }, gammaf.data());
+    // A warm colour grade: a little more red, a little less blue.
+    const float grade[3][4] = {{1.10f, 0.05f, 0.00f, -4.0f}, {0.02f, 1.00f, 0.02f, 0.0f}, {0.00f, 0.05f, 0.90f, 2.0f}};
+    run("ColorTwist32f_8u_C3R", twisted.size(), [&] {
+        return orviColorTwist32f_8u_C3R(rgb.data(), W * 3, twisted.data(), W * 3, roi, grade);
+    }, twisted.data());
+
+    // High dynamic range: luminance scaled up to 40, mapped back to 8 bits.
+    std::vector<float> hdr(grayf.size());
+    for (std::size_t i = 0; i < hdr.size(); ++i)
+        hdr[i] = grayf[i] * grayf[i] * 40.0f;
+    run("ToneMapLinear_32f8u_C1R", gray.size(), [&] {
+        return orviToneMapLinear_32f8u_C1R(hdr.data(), W * 4, gray.data(), W, roi);
+    }, gray.data());
     return 0;
 }

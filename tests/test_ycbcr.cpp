@@ -46,14 +46,7 @@ const std::vector<Conversion>& conversions()
     return all;
 }
 
-const Conversion& conv(const std::string& name)
-{
-    for (const auto& c : conversions())
-        if (c.name == name)
-            return c;
-    ADD_FAILURE() << name;
-    return conversions()[0];
-}
+const Conversion& conv(const std::string& name) { return findConversion(conversions(), name); }
 
 Bytes colour(const std::string& name, std::array<uint8_t, 3> in, int width, int index = 0)
 {
@@ -101,14 +94,9 @@ const std::map<std::string, Answers> kForms = {
               {142, 131, 0}, {138, 61, 91}, {42, 38, 121}}}},
 };
 
-// Block form (pixel 0 of a row of 32) and tail form (a row of one pixel).
-struct Member {
-    const char* name;
-    const char* block;
-    const char* tail;
-};
+// The block and tail form of each member.
 
-const Member kMembers[] = {
+const FormMember kMembers[] = {
     {"RGBToYCbCr_8u_C3R", "FB", "FS"},
     {"RGBToYCbCr_8u_AC4R", "FB", "FS"},
     {"RGBToYCbCr_8u_C3P3R", "FB", "FS"},
@@ -125,18 +113,7 @@ const Member kMembers[] = {
 
 TEST(YCbCr, KnownAnswersOfEveryForm)
 {
-    for (const Member& m : kMembers) {
-        const bool bgr = std::string(m.name).find("ToBGR") != std::string::npos;
-        for (std::size_t i = 0; i < kColours.size(); ++i) {
-            for (auto [width, form] : {std::pair{32, m.block}, std::pair{1, m.tail}}) {
-                auto e = kForms.at(form)[i];
-                if (bgr)
-                    std::swap(e[0], e[2]);
-                EXPECT_EQ(colour(m.name, kColours[i], width), (Bytes{e[0], e[1], e[2]}))
-                    << m.name << " form " << form << " colour " << i;
-            }
-        }
-    }
+    expectKnownAnswers(conversions(), kMembers, kColours, kForms);
 }
 
 TEST(YCbCr, VectorPathsMatchScalarForms)

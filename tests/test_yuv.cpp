@@ -46,14 +46,7 @@ const std::vector<Conversion>& conversions()
     return all;
 }
 
-const Conversion& conv(const std::string& name)
-{
-    for (const auto& c : conversions())
-        if (c.name == name)
-            return c;
-    ADD_FAILURE() << name;
-    return conversions()[0];
-}
+const Conversion& conv(const std::string& name) { return findConversion(conversions(), name); }
 
 // The first three destination bytes of pixel `index` in a row of `width`.
 Bytes colour(const std::string& name, std::array<uint8_t, 3> in, int width, int index = 0)
@@ -66,7 +59,7 @@ Bytes colour(const std::string& name, std::array<uint8_t, 3> in, int width, int 
 // Known answers of every form, worked out from the definitions of the forms
 // with exact integer arithmetic, for a few colours (the last four sit on
 // rounding ties of some scalar forms), in R, G, B order.
-using Answers = std::array<std::array<uint8_t, 3>, 10>;
+using Answers = ColourSet<10>;
 
 const Answers kColours = {{{12, 200, 77}, {255, 0, 128}, {90, 90, 250}, {200, 17, 230}, {128, 60, 0},
                           {16, 240, 16}, {1, 53, 185}, {12, 64, 196}, {145, 109, 134}, {36, 141, 29}}};
@@ -96,14 +89,9 @@ const std::map<std::string, Answers> kForms = {
              {0, 37, 244}, {66, 0, 0}, {90, 0, 0}, {152, 149, 106}, {0, 88, 62}}}},
 };
 
-// Block form (pixel 0 of a row of 32) and tail form (a row of one pixel).
-struct Member {
-    const char* name;
-    const char* block;
-    const char* tail;
-};
+// The block and tail form of each member.
 
-const Member kMembers[] = {
+const FormMember kMembers[] = {
     {"RGBToYUV_8u_C3R", "A", "B"},
     {"RGBToYUV_8u_C3P3R", "A", "B"},
     {"RGBToYUV_8u_P3R", "A", "C"},
@@ -118,18 +106,7 @@ const Member kMembers[] = {
 
 TEST(Yuv, KnownAnswersOfEveryForm)
 {
-    for (const Member& m : kMembers) {
-        const bool bgr = std::string(m.name).find("ToBGR") != std::string::npos;
-        for (std::size_t i = 0; i < kColours.size(); ++i) {
-            for (auto [width, form] : {std::pair{32, m.block}, std::pair{1, m.tail}}) {
-                auto e = kForms.at(form)[i];
-                if (bgr)
-                    std::swap(e[0], e[2]);
-                EXPECT_EQ(colour(m.name, kColours[i], width), (Bytes{e[0], e[1], e[2]}))
-                    << m.name << " form " << form << " colour " << i;
-            }
-        }
-    }
+    expectKnownAnswers(conversions(), kMembers, kColours, kForms);
 }
 
 TEST(Yuv, VectorPathsMatchScalarForms)

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <functional>
+#include <map>
 #include <memory>
 #include <random>
 #include <string>
@@ -231,6 +232,48 @@ inline void expectCheckOrder(const Conversion& c)
 }
 
 // Adapters from an exported function to a ConvCall.
+// The conversion of that name in a family's list.
+inline const Conversion& findConversion(const std::vector<Conversion>& all, const std::string& name)
+{
+    for (const auto& c : all)
+        if (c.name == name)
+            return c;
+    ADD_FAILURE() << name;
+    return all[0];
+}
+
+// Known answers: for each member, the colour of pixel 0 in a row of 32 takes
+// the member's block form and a row of one pixel its tail form; `forms`
+// gives each form's R, G, B answer for each of `colours`. BGR members see
+// the answer with R and B swapped.
+struct FormMember {
+    const char* name;
+    const char* block;
+    const char* tail;
+};
+
+template <std::size_t N>
+using ColourSet = std::array<std::array<uint8_t, 3>, N>;
+
+template <std::size_t N, class Members>
+void expectKnownAnswers(const std::vector<Conversion>& all, const Members& members, const ColourSet<N>& colours,
+                        const std::map<std::string, ColourSet<N>>& forms)
+{
+    for (const FormMember& m : members) {
+        const bool bgr = std::string(m.name).find("ToBGR") != std::string::npos;
+        for (std::size_t i = 0; i < N; ++i) {
+            for (auto [width, form] : {std::pair{32, m.block}, std::pair{1, m.tail}}) {
+                auto e = forms.at(form)[i];
+                if (bgr)
+                    std::swap(e[0], e[2]);
+                std::vector<uint8_t> got = convertColour(findConversion(all, m.name), colours[i], width, 0);
+                got.resize(3);
+                EXPECT_EQ(got, (std::vector<uint8_t>{e[0], e[1], e[2]})) << m.name << " form " << form << " colour " << i;
+            }
+        }
+    }
+}
+
 template <class S, class D>
 ConvCall call(OrvStatus (*f)(S, int, D, int, RoiSize))
 {

@@ -4,6 +4,7 @@
 // argument checks and the handling of the caller's floating-point modes.
 #include <immintrin.h>
 
+#include <bit>
 #include <cfloat>
 #include <cmath>
 #include <cstring>
@@ -107,6 +108,38 @@ TEST(Powx, VectorPathMatchesScalarFormAtEveryLengthAndAlignment)
                 }
             }
         }
+    }
+}
+
+// Long runs of arguments at the edges of the main line: where |zh| crosses
+// its limit, for exponents large and small, and where the small term moves
+// between head and tail near 1. Whole blocks of 32 then lie on one side or
+// the other, or straddle an edge.
+TEST(Powx, VectorPathMatchesScalarFormAtTheEdgesOfTheMainLine)
+{
+    std::vector<float> x;
+    for (uint32_t b = 0x3f7dfc00u; b < 0x3f7e0400u; ++b)
+        x.push_back(std::bit_cast<float>(b));
+    for (uint32_t b = 0x3f81fc00u; b < 0x3f820400u; ++b)
+        x.push_back(std::bit_cast<float>(b));
+    const std::size_t nearOne = x.size();
+    for (float y : {kInv, 3.0f, -1.5f, 60.0f, 0.001f}) {
+        SCOPED_TRACE(testing::Message() << "y " << y);
+        x.resize(nearOne);
+        const double edge = 64.810547 / std::fabs(y);
+        for (int side : {-1, 1})
+            for (int t = 0; t < 4096; ++t)
+                x.push_back(float(std::exp(side * edge * (0.85 + 0.2 * t / 4096))));
+        std::vector<float> dv(x.size()), ds(x.size());
+        const OrvStatus sv = h9::orvsPowx_32f_A21(x.data(), y, dv.data(), int(x.size()));
+        OrvStatus ss;
+        {
+            ScalarBlocks scalar;
+            ss = h9::orvsPowx_32f_A21(x.data(), y, ds.data(), int(x.size()));
+        }
+        ASSERT_EQ(sv, ss);
+        for (std::size_t i = 0; i < x.size(); ++i)
+            ASSERT_EQ(bits(dv[i]), bits(ds[i])) << i << " x " << x[i];
     }
 }
 

@@ -13,9 +13,11 @@
 
 #include <immintrin.h>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 
 #include "frame/driver.h"
@@ -135,101 +137,122 @@ bool isOddInteger(double y)
 
 // The log table in rows of four floats (the fourth unused), so that the
 // vector path reads a whole row with one 16-byte load; eight rows are then
-// transposed into the three fields. (Cheaper than three gathers.)
-constexpr auto makeRows4()
+// transposed into the three fields. There are 128 rows, one for each value
+// of the top seven mantissa bits: row i holds log row (i + 1) >> 1, which is
+// j as the main line rounds it, so the byte offset of a lane's row is its
+// bits shifted and masked, nothing more. The offsets are worked out by the
+// integer unit from the arguments in memory, leaving the vector unit to the
+// arithmetic. (Cheaper than gathers, or than permutes of rows held in
+// registers.) The first field holds logHi - 1, exact: see mainLine.
+constexpr auto makeRows128()
 {
-    std::array<std::array<float, 4>, 65> t{};
-    for (int j = 0; j <= 64; ++j)
-        t[j] = {powxLogTable[j].logHi, powxLogTable[j].logLo, powxLogTable[j].r, 0.0f};
+    std::array<std::array<float, 4>, 128> t{};
+    for (int i = 0; i < 128; ++i) {
+        const PowxLogRow& row = powxLogTable[(i + 1) >> 1];
+        t[i] = {row.logHi - 1.0f, row.logLo, row.r, 0.0f};
+    }
     return t;
 }
-alignas(16) constexpr std::array<std::array<float, 4>, 65> kLogRows4 = makeRows4();
+alignas(16) constexpr std::array<std::array<float, 4>, 128> kLogRows128 = makeRows128();
 
-inline void lookupRows(__m256i j, __m256& logHi, __m256& logLo, __m256& r)
+// The rows of the eight arguments at xs.
+inline void lookupRows(const float* xs, __m256& logHiM1, __m256& logLo, __m256& r)
 {
-    const char* base = reinterpret_cast<const char*>(kLogRows4.data());
-    const __m256i offsets = _mm256_slli_epi32(j, 4);  // byte offsets of the rows
-    uint32_t offset[8];
-#if defined(__x86_64__)
-    // Two offsets per 64-bit extraction.
-    const __m128i lo = _mm256_castsi256_si128(offsets), hi = _mm256_extracti128_si256(offsets, 1);
-    const uint64_t q[4] = {uint64_t(_mm_cvtsi128_si64(lo)), uint64_t(_mm_extract_epi64(lo, 1)),
-                           uint64_t(_mm_cvtsi128_si64(hi)), uint64_t(_mm_extract_epi64(hi, 1))};
-    for (int k = 0; k < 4; ++k) {
-        offset[2 * k] = uint32_t(q[k]);
-        offset[2 * k + 1] = uint32_t(q[k] >> 32);
-    }
-#else
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(offset), offsets);
-#endif
-    auto row = [&](int lane) { return _mm_load_ps(reinterpret_cast<const float*>(base + offset[lane])); };
+    const float* base = kLogRows128[0].data();
+    auto row = [&](int lane) {
+        uint32_t b;
+        std::memcpy(&b, xs + lane, 4);
+        return _mm_load_ps(base + ((b >> 14) & 0x1fc));  // 4 floats a row, top seven mantissa bits
+    };
     auto pair = [&](int lane) { return _mm256_insertf128_ps(_mm256_castps128_ps256(row(lane)), row(lane + 4), 1); };
-    simd::deinterleave4x8(pair(0), pair(1), pair(2), pair(3), logHi, logLo, r);
+    simd::deinterleave4x8(pair(0), pair(1), pair(2), pair(3), logHiM1, logLo, r);
 }
 
 struct PowxVec {
     __m256 yh, yl;
 };
 
-inline __m256 mainLine8(__m256 x, const PowxVec& y, __m256& zhOut)
+// The vector form of powxMainLine for N blocks of eight lanes whose rows
+// have been read. It goes step by step across the blocks, so that their long
+// chains of dependent operations overlap.
+//
+// Two steps are rearranged without changing a bit. u = mh r - 1 and v = r ml
+// are exact, so s = u + v is m r - 1 rounded once: fused(m r - 1). And
+// logHi + u is exact, so it is fused(mh r + (logHi - 1)), with logHi - 1
+// (exact too) from the table.
+template <int N>
+inline void mainLine(const __m256* x, const __m256* logHiM1, const __m256* logLo, const __m256* r,
+                     const PowxVec& y, __m256* result, __m256* zh)
 {
-    const __m256i xi = _mm256_castps_si256(x);
-    const __m256 k = _mm256_cvtepi32_ps(_mm256_sub_epi32(_mm256_srli_epi32(xi, 23), _mm256_set1_epi32(127)));
-    const __m256i j = _mm256_srli_epi32(
-        _mm256_add_epi32(_mm256_and_si256(xi, _mm256_set1_epi32(0x7f0000)), _mm256_set1_epi32(0x10000)), 17);
-    const __m256 m = _mm256_castsi256_ps(
-        _mm256_or_si256(_mm256_and_si256(xi, _mm256_set1_epi32(0x7fffff)), _mm256_set1_epi32(0x3f800000)));
-    const __m256 mh = _mm256_castsi256_ps(_mm256_and_si256(_mm256_castps_si256(m), _mm256_set1_epi32(~0x3fff)));
-    const __m256 ml = _mm256_sub_ps(m, mh);
+    __m256 k[N], m[N], mh[N], v[N], s[N], H[N], T[N], p[N], Lh[N], Ll[N], zl[N], sh[N], t[N], e[N];
+    for (int b = 0; b < N; ++b) {
+        const __m256i xi = _mm256_castps_si256(x[b]);
+        k[b] = _mm256_cvtepi32_ps(_mm256_sub_epi32(_mm256_srli_epi32(xi, 23), _mm256_set1_epi32(127)));
+        m[b] = _mm256_castsi256_ps(
+            _mm256_or_si256(_mm256_and_si256(xi, _mm256_set1_epi32(0x7fffff)), _mm256_set1_epi32(0x3f800000)));
+        mh[b] = _mm256_castsi256_ps(_mm256_and_si256(_mm256_castps_si256(m[b]), _mm256_set1_epi32(~0x3fff)));
+    }
+    for (int b = 0; b < N; ++b) {
+        v[b] = _mm256_mul_ps(r[b], _mm256_sub_ps(m[b], mh[b]));
+        s[b] = _mm256_fmadd_ps(m[b], r[b], _mm256_set1_ps(-1.0f));
+        H[b] = _mm256_fmadd_ps(mh[b], r[b], logHiM1[b]);
+        T[b] = _mm256_fmadd_ps(k[b], _mm256_set1_ps(kLn2Lo), logLo[b]);
+    }
+    for (int b = 0; b < N; ++b) {
+        H[b] = _mm256_fmadd_ps(k[b], _mm256_set1_ps(kLn2Hi), H[b]);
+        p[b] = _mm256_fmadd_ps(s[b], _mm256_set1_ps(kQuarter), _mm256_set1_ps(kThird));
+    }
+    for (int b = 0; b < N; ++b)
+        p[b] = _mm256_fmadd_ps(p[b], s[b], _mm256_set1_ps(kHalf));
+    for (int b = 0; b < N; ++b)
+        T[b] = _mm256_fmadd_ps(p[b], _mm256_mul_ps(s[b], s[b]), T[b]);
 
-    __m256 logHi, logLo, r;
-    lookupRows(j, logHi, logLo, r);
-
-    const __m256 u = _mm256_fmadd_ps(mh, r, _mm256_set1_ps(-1.0f));
-    const __m256 v = _mm256_mul_ps(r, ml);
-    const __m256 s = _mm256_add_ps(u, v);
-    __m256 H = _mm256_add_ps(logHi, u);
-    H = _mm256_fmadd_ps(k, _mm256_set1_ps(kLn2Hi), H);
-    __m256 T = _mm256_fmadd_ps(k, _mm256_set1_ps(kLn2Lo), logLo);
-    __m256 p = _mm256_fmadd_ps(s, _mm256_set1_ps(kQuarter), _mm256_set1_ps(kThird));
-    p = _mm256_fmadd_ps(p, s, _mm256_set1_ps(kHalf));
-    T = _mm256_fmadd_ps(p, _mm256_mul_ps(s, s), T);
-
-    const __m256 nearOne = _mm256_castsi256_ps(_mm256_and_si256(
-        _mm256_cmpgt_epi32(xi, _mm256_set1_epi32(kNearOneLow)), _mm256_cmpgt_epi32(_mm256_set1_epi32(kNearOneHigh), xi)));
-    if (_mm256_testz_ps(nearOne, nearOne)) {  // the usual case: no lane near 1
-        T = _mm256_add_ps(v, T);
-    } else {
-        H = _mm256_blendv_ps(H, _mm256_add_ps(H, v), nearOne);
-        T = _mm256_blendv_ps(_mm256_add_ps(v, T), T, nearOne);
+    // kNearOneLow < bits < kNearOneHigh is one unsigned comparison of
+    // bits - kNearOneLow - 1, done signed with the sign bit flipped. v joins
+    // the head in those lanes and the tail in the others by masking: on the
+    // main line neither H nor T is ever -0, so adding +0 in place of v
+    // leaves it as it is.
+    const __m256i nearOffset = _mm256_set1_epi32(int32_t(0x80000000u - uint32_t(kNearOneLow + 1)));
+    const __m256i nearBound = _mm256_set1_epi32(int32_t(0x80000000u + uint32_t(kNearOneHigh - kNearOneLow - 1)));
+    for (int b = 0; b < N; ++b) {
+        const __m256 nearOne = _mm256_castsi256_ps(
+            _mm256_cmpgt_epi32(nearBound, _mm256_add_epi32(_mm256_castps_si256(x[b]), nearOffset)));
+        H[b] = _mm256_add_ps(H[b], _mm256_and_ps(nearOne, v[b]));
+        T[b] = _mm256_add_ps(_mm256_andnot_ps(nearOne, v[b]), T[b]);
     }
 
-    const __m256 S = _mm256_add_ps(H, T);
-    const __m256 w = _mm256_mul_ps(S, _mm256_set1_ps(kSplit));
-    const __m256 Lh = _mm256_sub_ps(_mm256_add_ps(S, w), w);
-    const __m256 Ll = _mm256_add_ps(T, _mm256_sub_ps(H, Lh));
-
-    const __m256 zh = _mm256_mul_ps(Lh, y.yh);
-    __m256 q = _mm256_mul_ps(Ll, y.yl);
-    q = _mm256_fmadd_ps(Lh, y.yl, q);
-    const __m256 zl = _mm256_fmadd_ps(Ll, y.yh, q);
-
-    const __m256 sh = _mm256_fmadd_ps(zh, _mm256_set1_ps(kLog2e), _mm256_set1_ps(kShifter));
-    const __m256 n = _mm256_sub_ps(sh, _mm256_set1_ps(kShifter));
-    __m256 t = _mm256_fnmadd_ps(n, _mm256_set1_ps(kLn2HiExp), zh);
-    t = _mm256_fnmadd_ps(n, _mm256_set1_ps(kLn2LoExp), t);
-    t = _mm256_add_ps(zl, t);
-
-    __m256 e = _mm256_set1_ps(kExp5);
-    e = _mm256_fmadd_ps(e, t, _mm256_set1_ps(kExp4));
-    e = _mm256_fmadd_ps(e, t, _mm256_set1_ps(kExp3));
-    e = _mm256_fmadd_ps(e, t, _mm256_set1_ps(kExp2));
-    e = _mm256_fmadd_ps(e, t, _mm256_set1_ps(kExp1));
-    e = _mm256_fmadd_ps(e, t, _mm256_set1_ps(kExp0));
-
-    zhOut = zh;
-    return _mm256_castsi256_ps(
-        _mm256_add_epi32(_mm256_castps_si256(e), _mm256_slli_epi32(_mm256_castps_si256(sh), 23)));
+    for (int b = 0; b < N; ++b) {
+        const __m256 S = _mm256_add_ps(H[b], T[b]);
+        const __m256 w = _mm256_mul_ps(S, _mm256_set1_ps(kSplit));
+        Lh[b] = _mm256_sub_ps(_mm256_add_ps(S, w), w);
+    }
+    for (int b = 0; b < N; ++b) {
+        Ll[b] = _mm256_add_ps(T[b], _mm256_sub_ps(H[b], Lh[b]));
+        zh[b] = _mm256_mul_ps(Lh[b], y.yh);
+        sh[b] = _mm256_fmadd_ps(zh[b], _mm256_set1_ps(kLog2e), _mm256_set1_ps(kShifter));
+    }
+    for (int b = 0; b < N; ++b) {
+        const __m256 q = _mm256_fmadd_ps(Lh[b], y.yl, _mm256_mul_ps(Ll[b], y.yl));
+        zl[b] = _mm256_fmadd_ps(Ll[b], y.yh, q);
+        const __m256 n = _mm256_sub_ps(sh[b], _mm256_set1_ps(kShifter));
+        t[b] = _mm256_fnmadd_ps(n, _mm256_set1_ps(kLn2HiExp), zh[b]);
+        t[b] = _mm256_fnmadd_ps(n, _mm256_set1_ps(kLn2LoExp), t[b]);
+    }
+    for (int b = 0; b < N; ++b) {
+        t[b] = _mm256_add_ps(zl[b], t[b]);
+        e[b] = _mm256_fmadd_ps(_mm256_set1_ps(kExp5), t[b], _mm256_set1_ps(kExp4));
+    }
+    for (int b = 0; b < N; ++b)
+        e[b] = _mm256_fmadd_ps(e[b], t[b], _mm256_set1_ps(kExp3));
+    for (int b = 0; b < N; ++b)
+        e[b] = _mm256_fmadd_ps(e[b], t[b], _mm256_set1_ps(kExp2));
+    for (int b = 0; b < N; ++b)
+        e[b] = _mm256_fmadd_ps(e[b], t[b], _mm256_set1_ps(kExp1));
+    for (int b = 0; b < N; ++b)
+        e[b] = _mm256_fmadd_ps(e[b], t[b], _mm256_set1_ps(kExp0));
+    for (int b = 0; b < N; ++b)
+        result[b] = _mm256_castsi256_ps(
+            _mm256_add_epi32(_mm256_castps_si256(e[b]), _mm256_slli_epi32(_mm256_castps_si256(sh[b]), 23)));
 }
 
 // Lanes of eight that leave the main line, as a bit mask.
@@ -245,15 +268,39 @@ inline int leavesMainLine8(__m256 x, __m256 zh, bool yFinite)
     return _mm256_movemask_ps(_mm256_or_ps(_mm256_castsi256_ps(badX), badZ));
 }
 
-// Eight lanes from src + i: lanes in `valid` (a bit mask) are read and
-// stored, the others computed on the filler and dropped. Lanes that leave
-// the main line are redone by the double-precision path.
+// Bits of x between which a lane surely stays on the main line for this
+// exponent, so that it needs no test of its own: x a positive normal float
+// below the largest one, with |ln x| at most 0.9 kExpLimit / |yh| - 0.05.
+// Lh is ln x to within 2^-5 (a head of 12 bits of a value below 2^7), so
+// |zh| = |Lh yh| stays below 0.9 kExpLimit. A non-finite y (or yh) leaves
+// the range empty.
+struct PowxSafeRange {
+    int32_t low = std::numeric_limits<int32_t>::max();
+    int32_t high = std::numeric_limits<int32_t>::min();
+};
+
+PowxSafeRange powxSafeRange(const PowxExponent& e)
+{
+    PowxSafeRange range;
+    const double bound = 0.9 * kExpLimit / std::fabs(double(e.yh)) - 0.05;  // +inf for yh = 0
+    if (!e.finite || !(bound > 0))
+        return range;
+    // One float step inwards at each end covers the rounding of the bounds.
+    range.low = std::max(kSmallestNormal, bitsOf(float(std::exp(-bound))) + 1);
+    range.high = std::min(kLastMainLine, bitsOf(std::min(float(std::exp(bound)), std::numeric_limits<float>::max())) - 1);
+    return range;
+}
+
+// Blocks of eight lanes from src + i: lanes in `valid` (a bit mask) are read
+// and stored, the others computed on the filler and dropped. Lanes that
+// leave the main line are redone by the double-precision path.
 struct PowxBlocks {
     const float* src;
     float* dst;
     float y;
     PowxVec yv;
     bool yFinite;
+    PowxSafeRange safe;
     int code = 0;
 
     void finish(int i, __m256 x, __m256 zh, int valid)
@@ -276,11 +323,49 @@ struct PowxBlocks {
         }
     }
 
-    void full(int i, __m256 x)
+    // Eight lanes, x being the eight floats at xs.
+    __m256 one(const float* xs, __m256 x, __m256& zh) const
     {
+        __m256 logHiM1, logLo, r, result;
+        lookupRows(xs, logHiM1, logLo, r);
+        mainLine<1>(&x, &logHiM1, &logLo, &r, yv, &result, &zh);
+        return result;
+    }
+
+    void full(int i)
+    {
+        const __m256 x = _mm256_loadu_ps(src + i);
         __m256 zh;
-        _mm256_storeu_ps(dst + i, mainLine8(x, yv, zh));
+        _mm256_storeu_ps(dst + i, one(src + i, x, zh));
         finish(i, x, zh, 0xff);
+    }
+
+    // 32 lanes. When all of them lie in the safe range, the four blocks go
+    // together and with no test of their lanes; otherwise one by one, each
+    // with its test.
+    void group(int i)
+    {
+        const float* xs = src + i;
+        __m256 x[4];
+        for (int b = 0; b < 4; ++b)
+            x[b] = _mm256_loadu_ps(xs + 8 * b);
+        const __m256i lo = _mm256_min_epi32(_mm256_min_epi32(_mm256_castps_si256(x[0]), _mm256_castps_si256(x[1])),
+                                            _mm256_min_epi32(_mm256_castps_si256(x[2]), _mm256_castps_si256(x[3])));
+        const __m256i hi = _mm256_max_epi32(_mm256_max_epi32(_mm256_castps_si256(x[0]), _mm256_castps_si256(x[1])),
+                                            _mm256_max_epi32(_mm256_castps_si256(x[2]), _mm256_castps_si256(x[3])));
+        const __m256i out = _mm256_or_si256(_mm256_cmpgt_epi32(_mm256_set1_epi32(safe.low), lo),
+                                            _mm256_cmpgt_epi32(hi, _mm256_set1_epi32(safe.high)));
+        if (__builtin_expect(!_mm256_testz_si256(out, out), 0)) {
+            for (int b = 0; b < 4; ++b)
+                full(i + 8 * b);
+            return;
+        }
+        __m256 logHiM1[4], logLo[4], r[4], result[4], zh[4];
+        for (int b = 0; b < 4; ++b)
+            lookupRows(xs + 8 * b, logHiM1[b], logLo[b], r[b]);
+        mainLine<4>(x, logHiM1, logLo, r, yv, result, zh);
+        for (int b = 0; b < 4; ++b)
+            _mm256_storeu_ps(dst + i + 8 * b, result[b]);
     }
 
     void masked(int i, int count)
@@ -289,8 +374,10 @@ struct PowxBlocks {
         const __m256i mask = _mm256_cmpgt_epi32(_mm256_set1_epi32(count), lanes);
         const __m256 x = _mm256_blendv_ps(_mm256_set1_ps(kFiller), _mm256_maskload_ps(src + i, mask),
                                           _mm256_castsi256_ps(mask));
+        alignas(32) float xs[8];
+        _mm256_store_ps(xs, x);
         __m256 zh;
-        _mm256_maskstore_ps(dst + i, mask, mainLine8(x, yv, zh));
+        _mm256_maskstore_ps(dst + i, mask, one(xs, x, zh));
         finish(i, x, zh, (1 << count) - 1);
     }
 };
@@ -300,7 +387,7 @@ struct PowxBlocks {
 __attribute__((noinline)) int powxVector(const float* src, float y, float* dst, int n)
 {
     const PowxExponent e = powxSplit(y);
-    PowxBlocks b{src, dst, y, {_mm256_set1_ps(e.yh), _mm256_set1_ps(e.yl)}, e.finite};
+    PowxBlocks b{src, dst, y, {_mm256_set1_ps(e.yh), _mm256_set1_ps(e.yl)}, e.finite, powxSafeRange(e)};
     const uintptr_t misalign = reinterpret_cast<uintptr_t>(src) & 31;
     int head = (misalign % 4 == 0) ? int((32 - misalign) & 31) / 4 : 0;
     if (head > n)
@@ -308,14 +395,10 @@ __attribute__((noinline)) int powxVector(const float* src, float y, float* dst, 
     if (head)
         b.masked(0, head);
     int i = head;
-    for (; i + 32 <= n; i += 32) {
-        b.full(i, _mm256_loadu_ps(src + i));
-        b.full(i + 8, _mm256_loadu_ps(src + i + 8));
-        b.full(i + 16, _mm256_loadu_ps(src + i + 16));
-        b.full(i + 24, _mm256_loadu_ps(src + i + 24));
-    }
+    for (; i + 32 <= n; i += 32)
+        b.group(i);
     for (; i + 8 <= n; i += 8)
-        b.full(i, _mm256_loadu_ps(src + i));
+        b.full(i);
     if (i < n)
         b.masked(i, n - i);
     return b.code;

@@ -17,49 +17,10 @@ const Orv32f kTwist[3][4] = {{0.9f, 0.3f, -0.2f, 12.25f}, {-0.4f, 1.2f, 0.35f, -
 const Orv32f kTwist4[4][4] = {{0.9f, 0.3f, -0.2f, 0.1f}, {-0.4f, 1.2f, 0.35f, 0.0f}, {0.25f, -0.6f, 1.4f, 0.0f},
                               {0.0f, 0.0f, 0.0f, 1.0f}};
 
-// Float frames hold ordinary values in 0..1 rather than random bit patterns,
-// which would put NaNs and denormals in the timed arithmetic.
-void fillFloats(uint8_t* p, std::size_t bytes)
-{
-    std::mt19937 rng(3);
-    float* f = reinterpret_cast<float*>(p);
-    for (std::size_t i = 0; i < bytes / 4; ++i)
-        f[i] = float(rng() % 4096) / 4096.0f;
-}
-
-// Like registerConversion, with float frames filled as above.
-void registerFloat(const std::string& name, int srcBytes, int dstBytes, Call call)
-{
-    for (bool scalar : {false, true}) {
-        benchmark::RegisterBenchmark((name + (scalar ? "/scalar" : "/vector")).c_str(),
-                                     [=](benchmark::State& state) {
-                                         Buffer src(std::size_t(kWidth) * kHeight * srcBytes, 1);
-                                         Buffer dst(std::size_t(kWidth) * kHeight * dstBytes, 2);
-                                         fillFloats(src.data(), std::size_t(kWidth) * kHeight * srcBytes);
-                                         fillFloats(dst.data(), std::size_t(kWidth) * kHeight * dstBytes);
-                                         orvSetNumThreads(1);
-                                         h9::g_scalarBlocks = scalar;
-                                         for (auto _ : state) {
-                                             benchmark::DoNotOptimize(call(src.data(), kWidth * srcBytes, dst.data(),
-                                                                           kWidth * dstBytes, {kWidth, kHeight}));
-                                             benchmark::ClobberMemory();
-                                         }
-                                         h9::g_scalarBlocks = false;
-                                         orvSetNumThreads(0);
-                                         reportPixels(state, 1LL * kWidth * kHeight);
-                                     })
-            ->Unit(benchmark::kMillisecond)
-            ->UseRealTime();
-    }
-}
-
 template <class T>
 void registerAny(const std::string& name, int srcBytes, int dstBytes, Call call)
 {
-    if constexpr (std::is_same_v<T, float>)
-        registerFloat(name, srcBytes, dstBytes, call);
-    else
-        registerConversion(name, srcBytes, dstBytes, call);
+    registerConversion(name, srcBytes, dstBytes, call, 1, std::is_same_v<T, float> ? Fill::Float01 : Fill::Bytes);
 }
 
 // All layouts of one element type. Planar frames are the buffer cut in
@@ -108,7 +69,7 @@ void registerTwist()
                          orviColorTwist32f_16s_AC4IR, orviColorTwist32f_16s_P3R, orviColorTwist32f_16s_IP3R);
     registerType<Orv32f>("32f", orviColorTwist_32f_C3R, orviColorTwist_32f_C3IR, orviColorTwist_32f_AC4R,
                          orviColorTwist_32f_AC4IR, orviColorTwist_32f_P3R, orviColorTwist_32f_IP3R);
-    registerFloat("ColorTwist_32f_C4R", 16, 16, [](uint8_t* s, int ss, uint8_t* d, int ds, RoiSize r) {
+    registerAny<float>("ColorTwist_32f_C4R", 16, 16, [](uint8_t* s, int ss, uint8_t* d, int ds, RoiSize r) {
         return orviColorTwist_32f_C4R(reinterpret_cast<const Orv32f*>(s), ss, reinterpret_cast<Orv32f*>(d), ds, r,
                                       kTwist4);
     });
@@ -125,9 +86,9 @@ void registerTwist()
     auto transform = [](int type, int elemBytes) {
         return [=](benchmark::State& state) {
             cv::setNumThreads(1);
-            Buffer src(std::size_t(kWidth) * kHeight * 3 * elemBytes, 1), dst(std::size_t(kWidth) * kHeight * 3 * elemBytes, 2);
-            if (elemBytes == 4)
-                fillFloats(src.data(), std::size_t(kWidth) * kHeight * 12);
+            const Fill fill = elemBytes == 4 ? Fill::Float01 : Fill::Bytes;
+            Buffer src(std::size_t(kWidth) * kHeight * 3 * elemBytes, 1, fill),
+                dst(std::size_t(kWidth) * kHeight * 3 * elemBytes, 2, fill);
             cv::Mat s(kHeight, kWidth, type, src.data()), d(kHeight, kWidth, type, dst.data());
             const cv::Mat m(3, 4, CV_32F, const_cast<float*>(&kTwist[0][0]));
             for (auto _ : state) {

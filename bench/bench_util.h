@@ -57,7 +57,8 @@ inline void reportPixels(benchmark::State& state, long long pixelsPerIteration)
 }
 
 // Registers `name/vector` and `name/scalar` for a call over a 1920x1080 frame
-// with `srcBytes` and `dstBytes` bytes per pixel, on `threads` threads.
+// with `srcBytes` and `dstBytes` bytes per pixel, on `threads` threads; both
+// buffers hold `fill` (in-place calls convert the destination buffer).
 using Call = std::function<OrvStatus(uint8_t* src, int srcStep, uint8_t* dst, int dstStep, RoiSize roi)>;
 
 inline void registerConversion(const std::string& name, int srcBytes, int dstBytes, Call call, int threads = 1,
@@ -67,7 +68,7 @@ inline void registerConversion(const std::string& name, int srcBytes, int dstByt
         benchmark::RegisterBenchmark((name + (scalar ? "/scalar" : "/vector")).c_str(),
                                      [=](benchmark::State& state) {
                                          Buffer src(std::size_t(kWidth) * kHeight * srcBytes, 1, fill);
-                                         Buffer dst(std::size_t(kWidth) * kHeight * dstBytes, 2);
+                                         Buffer dst(std::size_t(kWidth) * kHeight * dstBytes, 2, fill);
                                          orvSetNumThreads(threads);
                                          h9::g_scalarBlocks = scalar;
                                          for (auto _ : state) {

@@ -19,35 +19,6 @@ Call wrap(OrvStatus (*f)(const T*, int, T*, int, RoiSize))
     };
 }
 
-// Float frames hold values in 0..1, as the conversion expects (random bytes
-// would be NaN, infinite or subnormal in places).
-void registerUnitFloat(const std::string& name, int channels, OrvStatus (*f)(const Orv32f*, int, Orv32f*, int, RoiSize),
-                       int threads)
-{
-    for (bool scalar : {false, true}) {
-        benchmark::RegisterBenchmark((name + (scalar ? "/scalar" : "/vector")).c_str(),
-                                     [=](benchmark::State& state) {
-                                         const int perRow = kWidth * channels;
-                                         Buffer src(std::size_t(perRow) * kHeight * 4), dst(std::size_t(perRow) * kHeight * 4);
-                                         float* p = src.as<float>();
-                                         for (int i = 0; i < perRow * kHeight; ++i)
-                                             p[i] = float((uint64_t(i) * 7919) % 1000) / 1000.0f;
-                                         orvSetNumThreads(threads);
-                                         h9::g_scalarBlocks = scalar;
-                                         for (auto _ : state) {
-                                             benchmark::DoNotOptimize(
-                                                 f(p, perRow * 4, dst.as<float>(), perRow * 4, {kWidth, kHeight}));
-                                             benchmark::ClobberMemory();
-                                         }
-                                         h9::g_scalarBlocks = false;
-                                         orvSetNumThreads(0);
-                                         reportPixels(state, 1LL * kWidth * kHeight);
-                                     })
-            ->Unit(benchmark::kMillisecond)
-            ->UseRealTime();
-    }
-}
-
 #ifdef ORVCC_HAVE_OPENCV
 void registerOpenCv(const std::string& name, int type, int code, int threads)
 {
@@ -66,17 +37,17 @@ void registerOpenCv(const std::string& name, int type, int code, int threads)
 
 void registerXyz()
 {
-    for (int threads : {1, 0}) {
+    for (int threads : {1, 0}) {  // 0: the default, all processors
         const std::string t = threads == 1 ? "/1thread" : "/allthreads";
         registerConversion("RGBToXYZ_8u_C3R" + t, 3, 3, wrap<Orv8u>(orviRGBToXYZ_8u_C3R), threads);
         registerConversion("RGBToXYZ_8u_AC4R" + t, 4, 4, wrap<Orv8u>(orviRGBToXYZ_8u_AC4R), threads);
         registerConversion("RGBToXYZ_16u_C3R" + t, 6, 6, wrap<Orv16u>(orviRGBToXYZ_16u_C3R), threads);
         registerConversion("RGBToXYZ_16s_AC4R" + t, 8, 8, wrap<Orv16s>(orviRGBToXYZ_16s_AC4R), threads);
-        registerUnitFloat("RGBToXYZ_32f_C3R" + t, 3, orviRGBToXYZ_32f_C3R, threads);
-        registerUnitFloat("RGBToXYZ_32f_AC4R" + t, 4, orviRGBToXYZ_32f_AC4R, threads);
+        registerConversion("RGBToXYZ_32f_C3R" + t, 12, 12, wrap<Orv32f>(orviRGBToXYZ_32f_C3R), threads, Fill::Float01);
+        registerConversion("RGBToXYZ_32f_AC4R" + t, 16, 16, wrap<Orv32f>(orviRGBToXYZ_32f_AC4R), threads, Fill::Float01);
         registerConversion("XYZToRGB_8u_C3R" + t, 3, 3, wrap<Orv8u>(orviXYZToRGB_8u_C3R), threads);
         registerConversion("XYZToRGB_16u_AC4R" + t, 8, 8, wrap<Orv16u>(orviXYZToRGB_16u_AC4R), threads);
-        registerUnitFloat("XYZToRGB_32f_C3R" + t, 3, orviXYZToRGB_32f_C3R, threads);
+        registerConversion("XYZToRGB_32f_C3R" + t, 12, 12, wrap<Orv32f>(orviXYZToRGB_32f_C3R), threads, Fill::Float01);
 #ifdef ORVCC_HAVE_OPENCV
         const int cvThreads = threads == 1 ? 1 : -1;
         registerOpenCv("RGBToXYZ_8u_C3R" + t + "/opencv", CV_8UC3, cv::COLOR_RGB2XYZ, cvThreads);

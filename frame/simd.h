@@ -59,6 +59,32 @@ inline void deinterleave3x8(__m256i a, __m256i b, __m256i c, __m256i& x0, __m256
     x2 = _mm256_permutevar8x32_epi32(u2, _mm256_setr_epi32(2, 5, 0, 3, 6, 1, 4, 7));
 }
 
+// Three-channel 32-bit elements of eight pixels, a (values 0-7), b (8-15),
+// c (16-23), to one register per channel. Unlike deinterleave3x8 the
+// pixels are not put back in order, which saves a permutation per register:
+// the blends leave lane j of x0 with channel 0 of pixel (0 3 6 1 4 7 2 5)[j],
+// and rotating the other two registers by one and two lanes brings channels
+// 1 and 2 of the same pixels there. Pixels never meet in the arithmetic, and
+// interleave3x8Rotated undoes exactly this order. For conversions whose
+// pixels are independent from load to store.
+inline void deinterleave3x8Rotated(__m256i a, __m256i b, __m256i c, __m256i& x0, __m256i& x1, __m256i& x2)
+{
+    x0 = _mm256_blend_epi32(_mm256_blend_epi32(a, b, 0x92), c, 0x24);
+    x1 = _mm256_permutevar8x32_epi32(_mm256_blend_epi32(_mm256_blend_epi32(a, b, 0x24), c, 0x49),
+                                     _mm256_setr_epi32(1, 2, 3, 4, 5, 6, 7, 0));
+    x2 = _mm256_permutevar8x32_epi32(_mm256_blend_epi32(_mm256_blend_epi32(a, b, 0x49), c, 0x92),
+                                     _mm256_setr_epi32(2, 3, 4, 5, 6, 7, 0, 1));
+}
+
+inline void interleave3x8Rotated(__m256i x0, __m256i x1, __m256i x2, __m256i& a, __m256i& b, __m256i& c)
+{
+    const __m256i u1 = _mm256_permutevar8x32_epi32(x1, _mm256_setr_epi32(7, 0, 1, 2, 3, 4, 5, 6));
+    const __m256i u2 = _mm256_permutevar8x32_epi32(x2, _mm256_setr_epi32(6, 7, 0, 1, 2, 3, 4, 5));
+    a = _mm256_blend_epi32(_mm256_blend_epi32(x0, u1, 0x92), u2, 0x24);
+    b = _mm256_blend_epi32(_mm256_blend_epi32(x0, u1, 0x24), u2, 0x49);
+    c = _mm256_blend_epi32(_mm256_blend_epi32(x0, u1, 0x49), u2, 0x92);
+}
+
 // Deinterleaves 8 pixels of four 32-bit channels given as v0 = [p0|p4],
 // v1 = [p1|p5], v2 = [p2|p6], v3 = [p3|p7] (one pixel per 128-bit lane) into
 // the first three channels, pixel order kept.

@@ -174,18 +174,6 @@ struct Xyz8u {
 // ---------------------------------------------------------------------------
 // 16u, 16s, 32f.
 
-// Inverse of simd::deinterleave3x8: channel registers back to three
-// registers of interleaved 32-bit elements.
-inline void interleave3x8(__m256i x0, __m256i x1, __m256i x2, __m256i& a, __m256i& b, __m256i& c)
-{
-    const __m256i u0 = _mm256_permutevar8x32_epi32(x0, _mm256_setr_epi32(0, 3, 6, 1, 4, 7, 2, 5));
-    const __m256i u1 = _mm256_permutevar8x32_epi32(x1, _mm256_setr_epi32(5, 0, 3, 6, 1, 4, 7, 2));
-    const __m256i u2 = _mm256_permutevar8x32_epi32(x2, _mm256_setr_epi32(2, 5, 0, 3, 6, 1, 4, 7));
-    a = _mm256_blend_epi32(_mm256_blend_epi32(u0, u1, 0x92), u2, 0x24);
-    b = _mm256_blend_epi32(_mm256_blend_epi32(u2, u0, 0x92), u1, 0x24);
-    c = _mm256_blend_epi32(_mm256_blend_epi32(u1, u2, 0x92), u0, 0x24);
-}
-
 // Element conversions of the float members.
 template <class T>
 struct Elem;
@@ -309,13 +297,14 @@ struct XyzFloat {
             block(s, d);
     }
 
-    // C3: eight pixels as one register per channel.
+    // C3: eight pixels as one register per channel (in the rotated order of
+    // the shuffles; every pixel is converted by itself).
     static void planar8(const Src* s, Dst* d)
     {
         __m256 in[3];
         if constexpr (std::is_same_v<T, float>) {
             __m256i x[3];
-            simd::deinterleave3x8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(s)),
+            simd::deinterleave3x8Rotated(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(s)),
                                   _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + 8)),
                                   _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + 16)), x[0], x[1], x[2]);
             for (int k = 0; k < 3; ++k)
@@ -323,7 +312,7 @@ struct XyzFloat {
         } else {
             __m256i x[3];
             auto load = [&](int k) { return Elem<T>::widen(_mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 8 * k))); };
-            simd::deinterleave3x8(load(0), load(1), load(2), x[0], x[1], x[2]);
+            simd::deinterleave3x8Rotated(load(0), load(1), load(2), x[0], x[1], x[2]);
             for (int k = 0; k < 3; ++k)
                 in[k] = Elem<T>::in(x[k]);
         }
@@ -341,13 +330,13 @@ struct XyzFloat {
                     v = clampRgb(v);
             }
             __m256i a, b, c;
-            interleave3x8(_mm256_castps_si256(t[0]), _mm256_castps_si256(t[1]), _mm256_castps_si256(t[2]), a, b, c);
+            simd::interleave3x8Rotated(_mm256_castps_si256(t[0]), _mm256_castps_si256(t[1]), _mm256_castps_si256(t[2]), a, b, c);
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), a);
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 8), b);
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 16), c);
         } else {
             __m256i a, b, c;
-            interleave3x8(_mm256_cvttps_epi32(t[0]), _mm256_cvttps_epi32(t[1]), _mm256_cvttps_epi32(t[2]), a, b, c);
+            simd::interleave3x8Rotated(_mm256_cvttps_epi32(t[0]), _mm256_cvttps_epi32(t[1]), _mm256_cvttps_epi32(t[2]), a, b, c);
             const __m256i ab = _mm256_permute4x64_epi64(Elem<T>::narrow(a, b), 0xD8);
             const __m256i cc = _mm256_permute4x64_epi64(Elem<T>::narrow(c, c), 0xD8);
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), ab);

@@ -12,25 +12,12 @@ using namespace orvtest;
 
 namespace {
 
-template <class T>
-void fillFor(GuardedImage& img, std::mt19937& rng)
-{
-    if constexpr (std::is_same_v<T, float> || std::is_same_v<T, double>)
-        img.fill<T>(rng, -0.25, 1.25);
-    else if constexpr (std::is_same_v<T, int16_t>)
-        img.fill<T>(rng, -32768, 32767);
-    else if constexpr (std::is_same_v<T, uint16_t>)
-        img.fill<T>(rng, 0, 65535);
-    else
-        img.fillBytes(rng);
-}
-
 // f(src, srcStep, dst, dstStep, roi, extra...) over the standard sweep.
 template <class S, class D, class F>
 void sweep(int srcCh, int dstCh, F f)
 {
     const int pad = sizeof(S) > sizeof(D) ? sizeof(S) : sizeof(D);
-    expectVectorMatchesScalar(srcCh * sizeof(S), dstCh * sizeof(D), pad == 1 ? 1 : pad, fillFor<S>,
+    expectVectorMatchesScalar(srcCh * sizeof(S), dstCh * sizeof(D), pad == 1 ? 1 : pad, fillTypical<S>,
                               [&](GuardedImage& s, GuardedImage& d, RoiSize roi) {
                                   return f(s.data<S>(), s.step(), d.data<D>(), d.step(), roi);
                               });

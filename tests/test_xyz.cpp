@@ -14,25 +14,12 @@ using namespace orvtest;
 namespace {
 
 template <class T>
-void fillFor(GuardedImage& img, std::mt19937& rng)
-{
-    if constexpr (std::is_same_v<T, float>)
-        img.fill<T>(rng, -0.25, 1.25);
-    else if constexpr (std::is_same_v<T, int16_t>)
-        img.fill<T>(rng, -32768, 32767);
-    else if constexpr (std::is_same_v<T, uint16_t>)
-        img.fill<T>(rng, 0, 65535);
-    else
-        img.fillBytes(rng);
-}
-
-template <class T>
 using Fn = OrvStatus (*)(const T*, int, T*, int, RoiSize);
 
 template <class T>
 void sweep(int ch, Fn<T> f)
 {
-    expectVectorMatchesScalar(ch * sizeof(T), ch * sizeof(T), sizeof(T), fillFor<T>,
+    expectVectorMatchesScalar(ch * sizeof(T), ch * sizeof(T), sizeof(T), fillTypical<T>,
                               [&](GuardedImage& s, GuardedImage& d, RoiSize roi) {
                                   return f(s.data<T>(), s.step(), d.data<T>(), d.step(), roi);
                               });
@@ -260,7 +247,7 @@ void expectAlphaKept(Fn<T> f)
     for (int w : {1, 3, 4, 5, 8, 13, 40}) {
         GuardedImage src = makeImage(w, 2, 4 * sizeof(T), 0, false, 0);
         GuardedImage dst = makeImage(w, 2, 4 * sizeof(T), 0, false, 0);
-        fillFor<T>(src, rng);
+        fillTypical<T>(src, rng);
         dst.fillBytes(rng);
         const std::vector<uint8_t> before = dst.pixels();
         ASSERT_EQ(f(src.data<T>(), src.step(), dst.data<T>(), dst.step(), {w, 2}), orvStatusOk);
@@ -339,7 +326,7 @@ void expectThreadIndependent(int ch, Fn<T> f)
     std::mt19937 rng(21);
     for (auto [w, h] : {std::pair{64, 64}, std::pair{4097, 1}, std::pair{5000, 1}, std::pair{37, 111}, std::pair{200, 64}}) {
         GuardedImage src = makeImage(w, h, ch * sizeof(T), 2 * sizeof(T), false, 0);
-        fillFor<T>(src, rng);
+        fillTypical<T>(src, rng);
         std::vector<uint8_t> first;
         for (int n : {1, 2, 3, 5}) {
             ThreadCount threads(n);

@@ -182,31 +182,6 @@ inline __m256i spreadC3()
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(m.data()));
 }
 
-// Three-channel 32-bit elements of eight pixels, a (values 0-7), b (8-15),
-// c (16-23), to one register per channel. Unlike simd::deinterleave3x8 the
-// pixels are not put back in order, which saves a permutation per register:
-// the blends leave lane j of x0 with channel 0 of pixel (0 3 6 1 4 7 2 5)[j],
-// and rotating the other two registers by one and two lanes brings channels
-// 1 and 2 of the same pixels there. Pixels never meet in the arithmetic, and
-// interleave3 undoes exactly this order.
-inline void deinterleave3(__m256i a, __m256i b, __m256i c, __m256i& x0, __m256i& x1, __m256i& x2)
-{
-    x0 = _mm256_blend_epi32(_mm256_blend_epi32(a, b, 0x92), c, 0x24);
-    x1 = _mm256_permutevar8x32_epi32(_mm256_blend_epi32(_mm256_blend_epi32(a, b, 0x24), c, 0x49),
-                                     _mm256_setr_epi32(1, 2, 3, 4, 5, 6, 7, 0));
-    x2 = _mm256_permutevar8x32_epi32(_mm256_blend_epi32(_mm256_blend_epi32(a, b, 0x49), c, 0x92),
-                                     _mm256_setr_epi32(2, 3, 4, 5, 6, 7, 0, 1));
-}
-
-inline void interleave3(__m256i x0, __m256i x1, __m256i x2, __m256i& a, __m256i& b, __m256i& c)
-{
-    const __m256i u1 = _mm256_permutevar8x32_epi32(x1, _mm256_setr_epi32(7, 0, 1, 2, 3, 4, 5, 6));
-    const __m256i u2 = _mm256_permutevar8x32_epi32(x2, _mm256_setr_epi32(6, 7, 0, 1, 2, 3, 4, 5));
-    a = _mm256_blend_epi32(_mm256_blend_epi32(x0, u1, 0x92), u2, 0x24);
-    b = _mm256_blend_epi32(_mm256_blend_epi32(x0, u1, 0x24), u2, 0x49);
-    c = _mm256_blend_epi32(_mm256_blend_epi32(x0, u1, 0x49), u2, 0x92);
-}
-
 // Eight elements widened to 32-bit integers.
 template <class T>
 inline __m256i widen8(const T* p)
@@ -256,11 +231,11 @@ inline void load8(Access<const T, L> s, int i, __m256& a, __m256& b, __m256& c)
         } else {
             __m256i x0, x1, x2;
             if constexpr (kIsFloat<T>)
-                deinterleave3(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)),
+                simd::deinterleave3x8Rotated(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)),
                               _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 8)),
                               _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 16)), x0, x1, x2);
             else
-                deinterleave3(widen8(p), widen8(p + 8), widen8(p + 16), x0, x1, x2);
+                simd::deinterleave3x8Rotated(widen8(p), widen8(p + 8), widen8(p + 16), x0, x1, x2);
             if constexpr (kIsFloat<T>) {
                 a = _mm256_castsi256_ps(x0);
                 b = _mm256_castsi256_ps(x1);
@@ -381,7 +356,7 @@ inline void store8(Access<T, L> d, int i, __m256i r, __m256i g, __m256i b)
             _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 16), _mm256_extracti128_si256(v, 1));
         } else {
             __m256i x0, x1, x2;
-            interleave3(r, g, b, x0, x1, x2);
+            simd::interleave3x8Rotated(r, g, b, x0, x1, x2);
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), pack16<T>(x0, x1));
             _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 16), _mm256_castsi256_si128(pack16<T>(x2, x2)));
         }
@@ -414,7 +389,7 @@ inline void store8(Access<T, L> d, int i, __m256 r, __m256 g, __m256 b, bool str
         _mm256_storeu_ps(d.at(i, 2), b);
     } else if constexpr (L == Layout::C3) {
         __m256i x[3];
-        interleave3(_mm256_castps_si256(r), _mm256_castps_si256(g), _mm256_castps_si256(b), x[0], x[1], x[2]);
+        simd::interleave3x8Rotated(_mm256_castps_si256(r), _mm256_castps_si256(g), _mm256_castps_si256(b), x[0], x[1], x[2]);
         float* p = d.at(i, 0);
         for (int k = 0; k < 3; ++k) {
             const __m256 v = _mm256_castsi256_ps(x[k]);

@@ -146,6 +146,21 @@ private:
     uint8_t* origin_ = nullptr;
 };
 
+// Random pixels of T over the range a conversion meets: all bytes and all
+// 16-bit values, floats slightly beyond 0..1 so that clamps take part.
+template <class T>
+void fillTypical(GuardedImage& img, std::mt19937& rng)
+{
+    if constexpr (std::is_floating_point_v<T>)
+        img.fill<T>(rng, -0.25, 1.25);
+    else if constexpr (std::is_same_v<T, int16_t>)
+        img.fill<T>(rng, -32768, 32767);
+    else if constexpr (std::is_same_v<T, uint16_t>)
+        img.fill<T>(rng, 0, 65535);
+    else
+        img.fillBytes(rng);
+}
+
 // Runs the drivers' block parts with the scalar block form while alive.
 class ScalarBlocks {
 public:

@@ -3,8 +3,8 @@
 # once: nothing is done when they are all present. ORVCC_PEERS=1 adds the
 # benchmark peers OpenCV and libyuv.
 set -euo pipefail
-pkgs="build-essential cmake pkg-config gcc-multilib g++-multilib googletest libgtest-dev libbenchmark-dev binutils qemu-user"
-[ "${ORVCC_PEERS:-0}" = 1 ] && pkgs="$pkgs libopencv-dev libyuv-dev"
+pkgs="build-essential cmake pkg-config gcc-multilib g++-multilib googletest libgtest-dev libbenchmark-dev binutils qemu-user python3-dev python3-numpy python3-pytest pybind11-dev"
+[ "${ORVCC_PEERS:-0}" = 1 ] && pkgs="$pkgs libopencv-dev libyuv-dev python3-opencv"
 missing=""
 for p in $pkgs; do
   dpkg -s "$p" >/dev/null 2>&1 || missing="$missing $p"

@@ -1,6 +1,6 @@
 // The extension module _orvcc: a marshaller that turns Python arguments into
 // the C arguments of any exported conversion, driven by the generated table
-// (raw_table.h), plus the library's version record and thread setting.
+// (calltable.h), plus the library's version record and thread setting.
 //
 // Arrays stand in for pointer-and-step pairs: the pointer is the array's
 // first element, the step its first stride in bytes (negative strides walk up
@@ -18,11 +18,11 @@
 
 #include "orvcc.h"
 #include "orvcore.h"
-#include "raw_table.h"
+#include "calltable.h"
 
 namespace py = pybind11;
 
-namespace orvpy {
+namespace orvcall {
 namespace {
 
 py::dtype dtypeOf(const std::string& elem)
@@ -256,13 +256,13 @@ py::list entries()
 }
 
 }  // namespace
-}  // namespace orvpy
+}  // namespace orvcall
 
 PYBIND11_MODULE(_orvcc, m)
 {
     m.doc() = "Low-level calls into liborvcch9; use the orvcc package.";
-    m.def("call", &orvpy::call, "Calls table entry `index` with the Python arguments; returns (status, output).");
-    m.def("entries", &orvpy::entries, "The exported conversions: (name, index, [(kind, elem, count, input, name)]).");
+    m.def("call", &orvcall::call, "Calls table entry `index` with the Python arguments; returns (status, output).");
+    m.def("entries", &orvcall::entries, "The exported conversions: (name, index, [(kind, elem, count, input, name)]).");
     m.def("version", [] {
         const OrvLibVersion* v = orvccGetLibVersion();
         py::dict d;

@@ -3,7 +3,7 @@
 # once: nothing is done when they are all present. ORVCC_PEERS=1 adds the
 # benchmark peers OpenCV and libyuv.
 set -euo pipefail
-pkgs="build-essential cmake pkg-config gcc-multilib g++-multilib googletest libgtest-dev libbenchmark-dev binutils qemu-user python3-dev python3-numpy python3-pytest pybind11-dev"
+pkgs="build-essential cmake pkg-config gcc-multilib g++-multilib googletest libgtest-dev libbenchmark-dev binutils qemu-user python3-dev python3-numpy python3-pytest pybind11-dev libpng-dev libtiff-dev libraw-dev libcli11-dev"
 [ "${ORVCC_PEERS:-0}" = 1 ] && pkgs="$pkgs libopencv-dev libyuv-dev python3-opencv"
 missing=""
 for p in $pkgs; do

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Generates the low-level call table of the Python module.
+"""Generates the call table through which the Python module and the
+command-line tool call the library.
 
 Reads the prototypes of orvcc.h and the list of names the build exports
 (the ORV_EXPORT lines of frame/exports.inc and the files it includes), and
@@ -9,10 +10,10 @@ writes one C++ file with, for every exported conversion:
   - a descriptor: the Python-side arguments, one per pointer-and-step pair,
     plane tuple, size or scalar, each with its kind, element type and name.
 
-The module's hand-written marshaller reads the descriptors, so a new family
+The callers' marshallers read the descriptors, so a new family
 needs no binding code: export it and rebuild.
 
-usage: gen_raw.py HEADER EXPORTS_INC OUT_CPP
+usage: gen_calltable.py HEADER EXPORTS_INC OUT_CPP
 """
 import os
 import re
@@ -157,9 +158,9 @@ def main():
     names = [n for n in read_exports(exports, root) if n in protos]
     lines = [
         "// Generated from orvcc.h and the export list; do not edit.",
-        '#include "raw_table.h"',
+        '#include "calltable.h"',
         "",
-        "namespace orvpy {",
+        "namespace orvcall {",
         "namespace {",
     ]
     for n in names:
@@ -175,7 +176,7 @@ def main():
                 p.name, slots[0], slots[1] if len(slots) > 1 else -1))
         lines.append('    {"%s", t_%s, %d, %d, {%s}},' % (
             n, n, len(protos[n]), len(desc), ", ".join(parts)))
-    lines += ["};", "const int kEntryCount = %d;" % len(names), "", "}  // namespace orvpy", ""]
+    lines += ["};", "const int kEntryCount = %d;" % len(names), "", "}  // namespace orvcall", ""]
     text = "\n".join(lines)
     if not os.path.exists(out) or open(out).read() != text:
         with open(out, "w") as f:

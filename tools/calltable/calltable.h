@@ -1,11 +1,11 @@
-// The low-level call table: one entry per exported conversion, generated
-// from the header and the export list (gen_raw.py), read by the module's
-// marshaller.
+// The call table: one entry per exported conversion, generated from the
+// header and the export list (gen_calltable.py), read by the marshallers of
+// the Python module and the command-line tool.
 #pragma once
 
 #include "orvcc.h"
 
-namespace orvpy {
+namespace orvcall {
 
 // One C argument, filled by the marshaller from a Python argument.
 struct Slot {
@@ -51,4 +51,4 @@ struct Entry {
 extern const Entry kEntries[];
 extern const int kEntryCount;
 
-}  // namespace orvpy
+}  // namespace orvcall

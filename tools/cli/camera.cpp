@@ -9,6 +9,19 @@
 
 namespace orvcli {
 
+bool isCameraRawName(const std::string& path)
+{
+    static const char* kEndings[] = {"dng", "cr2", "cr3", "crw", "nef", "nrw", "arw", "srf", "sr2", "raf", "orf",
+                                     "rw2", "pef", "srw", "3fr", "erf", "kdc", "dcr", "mrw", "x3f", "iiq", "raw"};
+    const auto dot = path.rfind('.');
+    if (dot == std::string::npos)
+        return false;
+    std::string e = path.substr(dot + 1);
+    for (auto& c : e)
+        c = char(std::tolower(static_cast<unsigned char>(c)));
+    return std::find(std::begin(kEndings), std::end(kEndings), e) != std::end(kEndings);
+}
+
 bool readCameraRaw(const std::vector<uint8_t>& data, const std::string& path, Image* mosaic, int* grid)
 {
     auto raw = std::make_unique<LibRaw>();

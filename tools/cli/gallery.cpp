@@ -103,7 +103,10 @@ int gallery(const std::string& in, const std::string& outPath)
     Image mosaic;
     int grid = orvBayerRGGB;
     bool fromCamera = false;
-    if (looksLikeImage(data)) {
+    if (isCameraRawName(in) && readCameraRaw(data, in, &mosaic, &grid)) {
+        fromCamera = true;
+        pic = rgb8(gamma(demosaic(mosaic, grid, "bilinear"), false));
+    } else if (looksLikeImage(data)) {
         pic = rgb8(readImage(in));
     } else if (readCameraRaw(data, in, &mosaic, &grid)) {
         fromCamera = true;

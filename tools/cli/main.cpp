@@ -119,7 +119,7 @@ Image process(Image img, const Options& o)
         readTwist(o.twistFile, m);
         img = twist(img, m);
     }
-    if (!o.to.empty() && o.to != "rgb")
+    if (!o.to.empty() && o.to != "rgb" && !videoFormat(o.to))
         img = toModel(img, o.to);
     if (!o.dither.empty() || o.levels) {
         if (o.levels < 2)
@@ -243,7 +243,9 @@ int convert(Options o)
         std::memcpy(img.pixels.data(), data.data(), data.size());
     } else {
         const std::vector<uint8_t> head = readAll(o.in);
-        if (looksLikeImage(head)) {
+        if (isCameraRawName(o.in) && readCameraRaw(head, o.in, &img, &grid)) {
+            // a camera raw file that starts like a TIFF
+        } else if (looksLikeImage(head)) {
             // read again through the image reader (standard input is already consumed)
             if (o.in == "-") {
                 char name[] = "/tmp/orvcc-in-XXXXXX";
@@ -274,6 +276,26 @@ int convert(Options o)
     img = process(img, o);
     if (!o.mosaic.empty())
         img = mosaicOf(img, gridOf(o.mosaic));
+    if (const VideoFormat* to = videoFormat(o.to)) {
+        // A picture to one raw frame of a video format (--to i420, ycbcr420...).
+        if (img.depth != Depth::U8 || img.channels != 3)
+            throw Failure(kExitInput, "--to " + o.to + " needs an 8-bit RGB picture");
+        const VideoFormat& rgb = *videoFormat("rgb24");
+        std::vector<uint8_t> frame(frameBytes(*to, img.width, img.height));
+        std::string tried;
+        const std::string name = frameConversion(rgb, *to, &tried);
+        if (name.empty())
+            throw Failure(kExitFailed, "this build has no conversion from RGB to " + o.to + " (looked for " + tried + ")");
+        Call c;
+        c.in = framePlanes(rgb, img.width, img.height, img.pixels.data());
+        c.out = framePlanes(*to, img.width, img.height, frame.data());
+        c.roi = {img.width, img.height};
+        callChecked(name, c);
+        Output out(o.out);
+        out.write(frame.data(), frame.size());
+        out.commit();
+        return kExitOk;
+    }
     writeImage(img, o.out, o.outFormat);
     return kExitOk;
 }

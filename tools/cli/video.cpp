@@ -15,6 +15,11 @@ const std::vector<VideoFormat>& videoFormats()
         {"yuy2", "YCbCr422", "C2", 2, 1, "packed 4:2:2, Y0 U Y1 V"},
         {"uyvy", "CbYCr422", "C2", 2, 1, "packed 4:2:2, U Y0 V Y1"},
         {"i411", "YCbCr411", "P3", 4, 1, "planar 4:1:1, Y U V"},
+        {"ycbcr420", "YCbCr420", "P3", 2, 2, "the same as i420"},
+        {"ycbcr422", "YCbCr422", "P3", 2, 1, "the same as i422"},
+        {"ycbcr411", "YCbCr411", "P3", 4, 1, "the same as i411"},
+        {"yuv420", "YUV420", "P3", 2, 2, "planar 4:2:0 of the analogue YUV matrix"},
+        {"yuv422", "YUV422", "P3", 2, 1, "planar 4:2:2 of the analogue YUV matrix"},
         {"rgb24", "RGB", "C3", 0, 0, "packed R G B"},
         {"bgr24", "BGR", "C3", 0, 0, "packed B G R"},
     };

@@ -193,13 +193,17 @@ inline std::array<float, 3> bySextant(int32_t n, float v, float p, float q, floa
     default: return {v, p, q};
     }
 }
+// The rows of the table are rotations: an even sextant 2k gives (V, t, p)
+// rotated right by k, an odd one 2k + 1 gives (q, V, p) rotated by k. The
+// lanes pick by the bits of n (blendv reads the sign bit); n stays in 0..5.
 inline void bySextant(__m256i n, __m256 v, __m256 p, __m256 q, __m256 t, __m256 out[3])
 {
-    auto is = [&](int k) { return _mm256_castsi256_ps(_mm256_cmpeq_epi32(n, _mm256_set1_epi32(k))); };
-    const __m256 m0 = is(0), m1 = is(1), m2 = is(2), m3 = is(3), m4 = is(4);
-    out[0] = pick(pick(pick(v, t, m4), p, _mm256_or_ps(m2, m3)), q, m1);
-    out[1] = pick(pick(pick(p, q, m3), v, _mm256_or_ps(m1, m2)), t, m0);
-    out[2] = pick(pick(pick(q, v, _mm256_or_ps(m3, m4)), t, m2), p, _mm256_or_ps(m0, m1));
+    auto bit = [&](int b) { return _mm256_castsi256_ps(_mm256_slli_epi32(n, 31 - b)); };
+    const __m256 odd = bit(0), k1 = bit(1), k2 = bit(2);
+    const __m256 a = _mm256_blendv_ps(v, q, odd), b = _mm256_blendv_ps(t, v, odd);
+    out[0] = _mm256_blendv_ps(_mm256_blendv_ps(a, p, k1), b, k2);
+    out[1] = _mm256_blendv_ps(_mm256_blendv_ps(b, a, k1), p, k2);
+    out[2] = _mm256_blendv_ps(_mm256_blendv_ps(p, b, k1), a, k2);
 }
 
 struct Scale8 {

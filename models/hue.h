@@ -118,10 +118,41 @@ inline __m256i narrowPair(__m256i a, __m256i b, bool sat)
 // simd::deinterleave3x8Rotated (kRotated); the row runner reorders where an
 // input and an output disagree.
 
+// pshufb masks of eight three-byte pixels loaded as bytes 0-15 (lane 0,
+// pixels 0-3) and bytes 8-23 (lane 1, pixels 4-7 from byte 4): channel `ch`
+// of each lane's four pixels to the low bytes of four 32-bit words.
+constexpr std::array<int8_t, 32> bytesToWords3(int ch)
+{
+    std::array<int8_t, 32> m{};
+    for (int lane = 0; lane < 2; ++lane)
+        for (int k = 0; k < 4; ++k)
+            for (int b = 0; b < 4; ++b)
+                m[16 * lane + 4 * k + b] = b == 0 ? int8_t(4 * lane + 3 * k + ch) : int8_t(-128);
+    return m;
+}
+// And back: bytes c0 c0 c0 c0 c1 c1 c1 c1 c2 c2 c2 c2 (four pixels per lane)
+// to twelve bytes of interleaved pixels.
+constexpr std::array<int8_t, 16> wordsToBytes3()
+{
+    std::array<int8_t, 16> m{};
+    for (int i = 0; i < 16; ++i)
+        m[i] = i < 12 ? int8_t(4 * (i % 3) + i / 3) : int8_t(-128);
+    return m;
+}
+template <std::size_t N>
+inline __m256i mask256(const std::array<int8_t, N>& m)
+{
+    if constexpr (N == 32)
+        return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(m.data()));
+    else
+        return _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(m.data())));
+}
+
 template <class T, int Ch>
 struct Packed {
     using Elt = T;
-    static constexpr bool kRotated = Ch == 3;
+    static constexpr bool kBytes3 = Ch == 3 && sizeof(T) == 1;
+    static constexpr bool kRotated = Ch == 3 && !kBytes3;
     T* p;
 
     std::array<float, 3> get(int i) const
@@ -144,7 +175,13 @@ struct Packed {
     {
         using E = std::remove_const_t<T>;
         const T* s = p + Ch * i;
-        if constexpr (Ch == 3) {
+        if constexpr (kBytes3) {
+            static constexpr auto m0 = bytesToWords3(0), m1 = bytesToWords3(1), m2 = bytesToWords3(2);
+            const __m256i v = simd::load2x128(s, s + 8);
+            x[0] = _mm256_cvtepi32_ps(_mm256_shuffle_epi8(v, mask256(m0)));
+            x[1] = _mm256_cvtepi32_ps(_mm256_shuffle_epi8(v, mask256(m1)));
+            x[2] = _mm256_cvtepi32_ps(_mm256_shuffle_epi8(v, mask256(m2)));
+        } else if constexpr (Ch == 3) {
             __m256i a, b, c;
             if constexpr (std::is_same_v<E, float>) {
                 a = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s));
@@ -191,19 +228,22 @@ struct Packed {
     void store8(int i, const V r[3], bool sat) const
     {
         T* d = p + Ch * i;
-        if constexpr (Ch == 3) {
+        if constexpr (kBytes3) {
+            // r0 0-3, r1 0-3, r2 0-3 (twice) per lane, saturated; interleaved
+            // to twelve bytes per lane, then the two lanes joined.
+            static constexpr auto m = wordsToBytes3();
+            const __m256i bytes = _mm256_packus_epi16(_mm256_packs_epi32(r[0], r[1]), _mm256_packs_epi32(r[2], r[2]));
+            const __m256i v = _mm256_permutevar8x32_epi32(_mm256_shuffle_epi8(bytes, mask256(m)),
+                                                          _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 7, 7));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm256_castsi256_si128(v));
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(d + 16), _mm256_extracti128_si256(v, 1));
+        } else if constexpr (Ch == 3) {
             __m256i a, b, c;
             simd::interleave3x8Rotated(bits(r[0]), bits(r[1]), bits(r[2]), a, b, c);
             if constexpr (std::is_same_v<T, float>) {
                 _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), a);
                 _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 8), b);
                 _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 16), c);
-            } else if constexpr (std::is_same_v<T, uint8_t>) {
-                // a0-3 b0-3 c0-3 c0-3 | a4-7 b4-7 c4-7 c4-7, then in order.
-                const __m256i bytes = _mm256_packus_epi16(_mm256_packs_epi32(a, b), _mm256_packs_epi32(c, c));
-                const __m256i v = _mm256_permutevar8x32_epi32(bytes, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7));
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm256_castsi256_si128(v));
-                _mm_storel_epi64(reinterpret_cast<__m128i*>(d + 16), _mm256_extracti128_si256(v, 1));
             } else {
                 const __m256i ab = _mm256_permute4x64_epi64(narrowPair<T>(a, b, sat), 0xD8);
                 const __m256i cc = _mm256_permute4x64_epi64(narrowPair<T>(c, c, sat), 0xD8);

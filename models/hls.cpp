@@ -97,57 +97,27 @@ inline __m256 byMax(const ExtentV& e, __m256 hr, __m256 hg, __m256 hb)
 inline float wrapNegative(float h) { return h < 0.0f ? h + 360.0f : h; }
 inline __m256 wrapNegative(__m256 h) { return pick(h, _mm256_add_ps(h, k8(360.0f)), lt(h, _mm256_setzero_ps())); }
 
-// Group form of the RGB family, 8u: plain reciprocals, to nearest.
-//   S = nearest((rcp(den) diff) 255)
-//   c = rcp(diff) 60; h = c (G - B), fma(c, B - R, 120) or fma(R - G, c, 240)
-struct ToHlsGroup8 {
-    using Out = int32_t;
-    static constexpr bool kSaturate = true;
-
-    static I3 scalar(float r, float g, float b)
-    {
-        const Extent e = extent(r, g, b);
-        const int32_t l = cvtNearest(e.l);
-        if (e.diff == 0.0f)
-            return {0, l, 0};
-        const float den = e.l <= 127.5f ? e.sum : 510.0f - e.sum;
-        const int32_t s = cvtNearest((rcp(den) * e.diff) * 255.0f);
-        const float c = rcp(e.diff) * 60.0f;
-        float h;
-        if (r == e.mx)
-            h = c * (g - b);
-        else if (g == e.mx)
-            h = fma(c, b - r, 120.0f);
-        else
-            h = fma(r - g, c, 240.0f);
-        return {cvtNearest(wrapNegative(h) * 0.7083333f), l, s};
-    }
-
-    static void lanes(const __m256 x[3], __m256i out[3])
-    {
-        const ExtentV e = extent(x);
-        const __m256 den = pick(_mm256_sub_ps(k8(510.0f), e.sum), e.sum, le(e.l, k8(127.5f)));
-        const __m256 s = _mm256_mul_ps(_mm256_mul_ps(_mm256_rcp_ps(den), e.diff), k8(255.0f));
-        const __m256 c = _mm256_mul_ps(_mm256_rcp_ps(e.diff), k8(60.0f));
-        const __m256 h = byMax(e, _mm256_mul_ps(c, _mm256_sub_ps(x[1], x[2])),
-                               _mm256_fmadd_ps(c, _mm256_sub_ps(x[2], x[0]), k8(120.0f)),
-                               _mm256_fmadd_ps(_mm256_sub_ps(x[0], x[1]), c, k8(240.0f)));
-        const __m256i gray = _mm256_castps_si256(eq(e.diff, _mm256_setzero_ps()));
-        out[0] = _mm256_andnot_si256(gray, _mm256_cvtps_epi32(_mm256_mul_ps(wrapNegative(h), k8(0.7083333f))));
-        out[1] = _mm256_cvtps_epi32(e.l);
-        out[2] = _mm256_andnot_si256(gray, _mm256_cvtps_epi32(s));
-    }
-};
-
 // One fused Newton step on the plain reciprocal r of x: r - r (r x - 1).
 inline float refineFused(float r, float x) { return fnma(r, fms(r, x, 1.0f), r); }
 inline __m256 refineFused(__m256 r, __m256 x) { return _mm256_fnmadd_ps(r, _mm256_fmsub_ps(r, x, k8(1.0f)), r); }
 
-// Group form of the RGB family, 16u and 16s: fused refined reciprocals, to
-// nearest.
-//   S = nearest((diff r1) 65535), r1 the refined reciprocal of den
-//   c = q1 60, q1 the refined reciprocal of diff; h as in 8u
-struct ToHlsGroup16 {
+// The reciprocals of the RGB family's group forms: plain in 8u, refined by
+// one fused Newton step in 16u and 16s.
+struct PlainRcp {
+    static float of(float x) { return rcp(x); }
+    static __m256 of(__m256 x) { return _mm256_rcp_ps(x); }
+};
+struct FusedRcp {
+    static float of(float x) { return refineFused(rcp(x), x); }
+    static __m256 of(__m256 x) { return refineFused(_mm256_rcp_ps(x), x); }
+};
+
+// Group form of the RGB family, to nearest:
+//   S = nearest((diff 1/den) full)
+//   c = (1/diff) 60; h = c (G - B), fma(c, B - R, 120) or fma(R - G, c, 240)
+// with the member's reciprocal for 1/x.
+template <class Sc, class Rcp>
+struct ToHlsGroup {
     using Out = int32_t;
     static constexpr bool kSaturate = true;
 
@@ -157,9 +127,9 @@ struct ToHlsGroup16 {
         const int32_t l = cvtNearest(e.l);
         if (e.diff == 0.0f)
             return {0, l, 0};
-        const float den = e.l <= 32767.5f ? e.sum : 131070.0f - e.sum;
-        const int32_t s = cvtNearest((e.diff * refineFused(rcp(den), den)) * 65535.0f);
-        const float c = refineFused(rcp(e.diff), e.diff) * 60.0f;
+        const float den = e.l <= Sc::kHalf ? e.sum : Sc::kDouble - e.sum;
+        const int32_t s = cvtNearest((e.diff * Rcp::of(den)) * Sc::kFull);
+        const float c = Rcp::of(e.diff) * 60.0f;
         float h;
         if (r == e.mx)
             h = c * (g - b);
@@ -167,20 +137,20 @@ struct ToHlsGroup16 {
             h = fma(c, b - r, 120.0f);
         else
             h = fma(r - g, c, 240.0f);
-        return {cvtNearest(wrapNegative(h) * 182.04167f), l, s};
+        return {cvtNearest(wrapNegative(h) * Sc::kDegToH), l, s};
     }
 
     static void lanes(const __m256 x[3], __m256i out[3])
     {
         const ExtentV e = extent(x);
-        const __m256 den = pick(_mm256_sub_ps(k8(131070.0f), e.sum), e.sum, le(e.l, k8(32767.5f)));
-        const __m256 s = _mm256_mul_ps(_mm256_mul_ps(e.diff, refineFused(_mm256_rcp_ps(den), den)), k8(65535.0f));
-        const __m256 c = _mm256_mul_ps(refineFused(_mm256_rcp_ps(e.diff), e.diff), k8(60.0f));
+        const __m256 den = pick(_mm256_sub_ps(k8(Sc::kDouble), e.sum), e.sum, le(e.l, k8(Sc::kHalf)));
+        const __m256 s = _mm256_mul_ps(_mm256_mul_ps(e.diff, Rcp::of(den)), k8(Sc::kFull));
+        const __m256 c = _mm256_mul_ps(Rcp::of(e.diff), k8(60.0f));
         const __m256 h = byMax(e, _mm256_mul_ps(c, _mm256_sub_ps(x[1], x[2])),
                                _mm256_fmadd_ps(c, _mm256_sub_ps(x[2], x[0]), k8(120.0f)),
                                _mm256_fmadd_ps(_mm256_sub_ps(x[0], x[1]), c, k8(240.0f)));
         const __m256i gray = _mm256_castps_si256(eq(e.diff, _mm256_setzero_ps()));
-        out[0] = _mm256_andnot_si256(gray, _mm256_cvtps_epi32(_mm256_mul_ps(wrapNegative(h), k8(182.04167f))));
+        out[0] = _mm256_andnot_si256(gray, _mm256_cvtps_epi32(_mm256_mul_ps(wrapNegative(h), k8(Sc::kDegToH))));
         out[1] = _mm256_cvtps_epi32(e.l);
         out[2] = _mm256_andnot_si256(gray, _mm256_cvtps_epi32(s));
     }
@@ -590,8 +560,8 @@ struct ToRgbTail32f {
 // Kernels of the members.
 
 template <int Ch>
-using ToHls8u = Kernel<ToHlsGroup8, ToHlsTail<Scale8, Ch == 3 ? Conv::Trunc : Conv::Nearest>, Ch == 3 ? 8 : 4>;
-using ToHls16 = Kernel<ToHlsGroup16, ToHlsTail<Scale16, Conv::Trunc>, 4>;
+using ToHls8u = Kernel<ToHlsGroup<Scale8, PlainRcp>, ToHlsTail<Scale8, Ch == 3 ? Conv::Trunc : Conv::Nearest>, Ch == 3 ? 8 : 4>;
+using ToHls16 = Kernel<ToHlsGroup<Scale16, FusedRcp>, ToHlsTail<Scale16, Conv::Trunc>, 4>;
 using ToHls32 = Kernel<ToHls32f, ToHls32f, 1>;
 using BgrToHls = Kernel<ToHlsGroupBgr, ToHlsTail<Scale8, Conv::Trunc>, 4>;
 using ToRgb8u = Kernel<ToRgbGroup<Scale8>, ToRgbTail8, 8>;
@@ -601,22 +571,6 @@ using HlsToBgr = Kernel<ToBgrGroup, ToRgbTail<Scale8, Conv::Trunc, true>, 4>;
 
 // ---------------------------------------------------------------------------
 // Drivers.
-
-// Interleaved members: steps in whole elements, rows over threads above 4096
-// pixels.
-template <class K, class T, int Ch>
-OrvStatus interleaved(const T* src, int srcStep, T* dst, int dstStep, RoiSize roi)
-{
-    if (OrvStatus st = checkRect(src, dst, roi))
-        return st;
-    constexpr int shift = sizeof(T) == 1 ? 0 : sizeof(T) == 2 ? 1 : 2;
-    const int ss = (srcStep >> shift) * int(sizeof(T));
-    const int ds = (dstStep >> shift) * int(sizeof(T));
-    rowsAboveArea(roi.width, roi.height, [&](int y) {
-        hueRow<K, false, false>(Packed<const T, Ch>{rowAt(src, ss, y)}, Packed<T, Ch>{rowAt(dst, ds, y)}, roi.width);
-    });
-    return orvStatusOk;
-}
 
 // The BGR family. A side is interleaved (3 or 4 bytes a pixel) or planar (3
 // planes, or 4 with alpha), one step for all its planes.
@@ -682,7 +636,7 @@ using namespace h9;
 #define HLS_FRONT(name, T, K, Ch)                                                      \
     ORV_FRONT(name)(const T* pSrc, int srcStep, T* pDst, int dstStep, RoiSize roiSize) \
     {                                                                                  \
-        return interleaved<K, T, Ch>(pSrc, srcStep, pDst, dstStep, roiSize);           \
+        return interleavedRows<K, T, Ch>(pSrc, srcStep, pDst, dstStep, roiSize);           \
     }
 
 HLS_FRONT(orviRGBToHLS_8u_C3R, Orv8u, ToHls8u<3>, 3)

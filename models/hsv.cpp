@@ -288,21 +288,6 @@ using ToHsv16u = Kernel<ToHsv16, ToHsv16, 1>;
 template <class Sc>
 using ToRgb = Kernel<ToRgbGroup<Sc>, ToRgbTail<Sc>, 4>;
 
-// Steps in whole elements, rows over threads above 4096 pixels.
-template <class K, class T, int Ch>
-OrvStatus convertHsv(const T* src, int srcStep, T* dst, int dstStep, RoiSize roi)
-{
-    if (OrvStatus st = checkRect(src, dst, roi))
-        return st;
-    constexpr int shift = sizeof(T) == 1 ? 0 : 1;
-    const int ss = (srcStep >> shift) * int(sizeof(T));
-    const int ds = (dstStep >> shift) * int(sizeof(T));
-    rowsAboveArea(roi.width, roi.height, [&](int y) {
-        hueRow<K, false, false>(Packed<const T, Ch>{rowAt(src, ss, y)}, Packed<T, Ch>{rowAt(dst, ds, y)}, roi.width);
-    });
-    return orvStatusOk;
-}
-
 }  // namespace
 }  // namespace h9
 
@@ -311,7 +296,7 @@ using namespace h9;
 #define HSV_FRONT(name, T, K, Ch)                                                      \
     ORV_FRONT(name)(const T* pSrc, int srcStep, T* pDst, int dstStep, RoiSize roiSize) \
     {                                                                                  \
-        return convertHsv<K, T, Ch>(pSrc, srcStep, pDst, dstStep, roiSize);            \
+        return interleavedRows<K, T, Ch>(pSrc, srcStep, pDst, dstStep, roiSize);            \
     }
 
 HSV_FRONT(orviRGBToHSV_8u_C3R, Orv8u, ToHsv8u, 3)

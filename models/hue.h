@@ -22,6 +22,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "frame/checks.h"
 #include "frame/driver.h"
 #include "frame/fpmode.h"
 #include "frame/scalar.h"
@@ -496,6 +497,22 @@ inline void rowsAboveArea(int width, int height, Body&& body)
         return;
     }
     rowsInCallersRounding(height, body);
+}
+
+// The interleaved members: source and destination pointers, then the size;
+// steps are rounded down to whole elements and not checked.
+template <class K, class T, int Ch>
+OrvStatus interleavedRows(const T* src, int srcStep, T* dst, int dstStep, RoiSize roi)
+{
+    if (OrvStatus st = checkRect(src, dst, roi))
+        return st;
+    constexpr int shift = sizeof(T) == 1 ? 0 : sizeof(T) == 2 ? 1 : 2;
+    const int ss = (srcStep >> shift) * int(sizeof(T));
+    const int ds = (dstStep >> shift) * int(sizeof(T));
+    rowsAboveArea(roi.width, roi.height, [&](int y) {
+        hueRow<K, false, false>(Packed<const T, Ch>{rowAt(src, ss, y)}, Packed<T, Ch>{rowAt(dst, ds, y)}, roi.width);
+    });
+    return orvStatusOk;
 }
 
 }  // namespace h9::hue

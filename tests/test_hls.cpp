@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "support/pixelrow.h"
 #include "support/planes.h"
 
 using namespace orvtest;
@@ -87,7 +88,7 @@ void sweep8u(const Conversion& c)
 }
 
 template <class T>
-using Fn = OrvStatus (*)(const T*, int, T*, int, RoiSize);
+using Fn = RowFn<T>;
 
 template <class T>
 void sweep(int ch, Fn<T> f)
@@ -124,17 +125,6 @@ TEST(Hls, RowsSplitAfterTheLastWholeGroup)
         expectSplit(c);
 }
 
-// One row of `width` copies of a pixel, converted.
-template <class T>
-std::vector<T> row(int width, int ch, std::vector<T> px, Fn<T> f)
-{
-    std::vector<T> src, dst(std::size_t(width) * ch, T(0));
-    for (int i = 0; i < width; ++i)
-        src.insert(src.end(), px.begin(), px.end());
-    EXPECT_EQ(f(src.data(), width * ch * int(sizeof(T)), dst.data(), width * ch * int(sizeof(T)), {width, 1}),
-              orvStatusOk);
-    return dst;
-}
 
 // Wider members: a pixel that the two forms convert differently shows the
 // group result exactly on the leading whole groups of each width.

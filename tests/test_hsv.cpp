@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "support/pixelrow.h"
 #include "support/planes.h"
 
 using namespace orvtest;
@@ -28,19 +29,8 @@ const std::vector<Conversion>& conversions()
 }
 
 template <class T>
-using Fn = OrvStatus (*)(const T*, int, T*, int, RoiSize);
+using Fn = RowFn<T>;
 
-// One row of `width` copies of a pixel, converted.
-template <class T>
-std::vector<T> row(int width, int ch, std::vector<T> px, Fn<T> f)
-{
-    std::vector<T> src, dst(std::size_t(width) * ch, T(0));
-    for (int i = 0; i < width; ++i)
-        src.insert(src.end(), px.begin(), px.end());
-    EXPECT_EQ(f(src.data(), width * ch * int(sizeof(T)), dst.data(), width * ch * int(sizeof(T)), {width, 1}),
-              orvStatusOk);
-    return dst;
-}
 // The first pixel's three results by the group form (a row of 4) and by the
 // tail form (a row of 1).
 template <class T>

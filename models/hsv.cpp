@@ -119,22 +119,24 @@ struct ToHsvGroup8 {
         return {z ? 0 : cvtNearest(y), z ? 0 : s, int32_t(v)};
     }
 
+    // The lanes use what holds for byte inputs: V = 0 implies d = 0; the
+    // channel differences are small integers, so r - b and r - g equal
+    // (Vx - R) - (Vx - B) and (Vx - R) - (Vx - G) exactly; and with R the
+    // maximum, the B test alone decides between the first and third case.
     static void lanes(const __m256 x[3], __m256i out[3])
     {
         const __m256 v = max3(x[0], x[1], x[2]), d = _mm256_sub_ps(v, min3(x[0], x[1], x[2]));
         const __m256 zero = _mm256_setzero_ps();
-        const __m256 z = _mm256_or_ps(eq(v, zero), eq(d, zero));
+        const __m256 z = eq(d, zero);
         const __m256 a = _mm256_and_ps(z, k8(hsv(kScale8)));
         const __m256 vx = _mm256_add_ps(v, a), dx = _mm256_add_ps(d, a);
         const __m256 q = _mm256_rcp_ps(dx);
-        const __m256 rr = _mm256_sub_ps(vx, x[0]), gg = _mm256_sub_ps(vx, x[1]), bb = _mm256_sub_ps(vx, x[2]);
-        const __m256 isR = eq(x[0], vx);
+        const __m256 isR = eq(x[0], vx), isB = eq(x[2], vx);
         const __m256 second = _mm256_andnot_ps(isR, eq(x[1], vx));
-        const __m256 third = _mm256_andnot_ps(second, eq(x[2], vx));
-        const __m256 first = _mm256_andnot_ps(_mm256_or_ps(second, third), isR);
-        __m256 h = _mm256_fnmadd_ps(q, _mm256_sub_ps(rr, gg), k8(hsv(kFour)));
-        h = pick(h, _mm256_fmadd_ps(q, _mm256_sub_ps(rr, bb), k8(hsv(kTwo))), second);
-        h = pick(h, _mm256_fmsub_ps(bb, q, _mm256_mul_ps(q, gg)), first);
+        const __m256 first = _mm256_andnot_ps(isB, isR);
+        __m256 h = _mm256_fnmadd_ps(q, _mm256_sub_ps(x[1], x[0]), k8(hsv(kFour)));
+        h = pick(h, _mm256_fmadd_ps(q, _mm256_sub_ps(x[2], x[0]), k8(hsv(kTwo))), second);
+        h = pick(h, _mm256_fmsub_ps(_mm256_sub_ps(vx, x[2]), q, _mm256_mul_ps(q, _mm256_sub_ps(vx, x[1]))), first);
         const __m256 per = k8(hsv(kPerSextant8));
         const __m256 y0 = _mm256_mul_ps(per, h);
         const __m256 y = pick(y0, _mm256_fmadd_ps(per, h, k8(hsv(kScale8))), lt(y0, zero));

@@ -9,7 +9,8 @@
 // pixel. Steps are byte distances for both types.
 //
 // One pixel's arithmetic is written once, as a template over the lane type:
-// int32_t for the scalar form, eight 32-bit AVX2 lanes for the vector path.
+// int32_t for the scalar form, sixteen 16-bit (8u) or eight 32-bit (16u)
+// AVX2 lanes for the vector path.
 // Both compute the two site classes and pick per lane, so they agree to the
 // bit wherever a row splits between them.
 #include <immintrin.h>
@@ -66,7 +67,8 @@ inline Lanes8 absDiff(Lanes8 a, Lanes8 b) { return {_mm256_abs_epi32(_mm256_sub_
 inline Lanes8 twice(Lanes8 a) { return {_mm256_slli_epi32(a.v, 1)}; }
 inline Lanes8 half(Lanes8 a) { return {_mm256_srai_epi32(a.v, 1)}; }
 inline Lanes8 below(Lanes8 a, Lanes8 b) { return {_mm256_cmpgt_epi32(b.v, a.v)}; }
-inline Lanes8 pick(Lanes8 m, Lanes8 a, Lanes8 b) { return {_mm256_blendv_epi8(b.v, a.v, m.v)}; }
+inline __m256i pickBits(__m256i m, __m256i a, __m256i b) { return _mm256_or_si256(_mm256_and_si256(m, a), _mm256_andnot_si256(m, b)); }
+inline Lanes8 pick(Lanes8 m, Lanes8 a, Lanes8 b) { return {pickBits(m.v, a.v, b.v)}; }
 inline Lanes8 keep(Lanes8 m, Lanes8 a) { return {_mm256_and_si256(m.v, a.v)}; }
 inline Lanes8 lanesMin(Lanes8 a, Lanes8 b) { return {_mm256_min_epi32(a.v, b.v)}; }
 inline Lanes8 lanesMax(Lanes8 a, Lanes8 b) { return {_mm256_max_epi32(a.v, b.v)}; }
@@ -85,6 +87,46 @@ inline Lanes8 applyGain(Lanes8 v, float gain, float hi)
     const __m256 x = roundEven(_mm256_mul_ps(_mm256_cvtepi32_ps(v.v), _mm256_set1_ps(gain)));
     return {_mm256_cvttps_epi32(_mm256_min_ps(_mm256_max_ps(x, _mm256_setzero_ps()), _mm256_set1_ps(hi)))};
 }
+
+// ---- lane operations: sixteen 16-bit AVX2 lanes, for 8u ------------------
+// Gradients, sums and their differences stay below 2^12 for 8u, so 16-bit
+// lanes hold them exactly; the quotient and the gains go through two halves
+// of eight 32-bit lanes.
+
+struct Lanes16 {
+    __m256i v;
+};
+inline Lanes16 operator+(Lanes16 a, Lanes16 b) { return {_mm256_add_epi16(a.v, b.v)}; }
+inline Lanes16 operator-(Lanes16 a, Lanes16 b) { return {_mm256_sub_epi16(a.v, b.v)}; }
+inline Lanes16 absDiff(Lanes16 a, Lanes16 b) { return {_mm256_abs_epi16(_mm256_sub_epi16(a.v, b.v))}; }
+inline Lanes16 twice(Lanes16 a) { return {_mm256_slli_epi16(a.v, 1)}; }
+inline Lanes16 half(Lanes16 a) { return {_mm256_srai_epi16(a.v, 1)}; }
+inline Lanes16 below(Lanes16 a, Lanes16 b) { return {_mm256_cmpgt_epi16(b.v, a.v)}; }
+inline Lanes16 pick(Lanes16 m, Lanes16 a, Lanes16 b) { return {pickBits(m.v, a.v, b.v)}; }
+inline Lanes16 keep(Lanes16 m, Lanes16 a) { return {_mm256_and_si256(m.v, a.v)}; }
+inline Lanes16 lanesMin(Lanes16 a, Lanes16 b) { return {_mm256_min_epi16(a.v, b.v)}; }
+inline Lanes16 lanesMax(Lanes16 a, Lanes16 b) { return {_mm256_max_epi16(a.v, b.v)}; }
+
+inline Lanes8 lowHalf(Lanes16 a) { return {_mm256_cvtepi16_epi32(_mm256_castsi256_si128(a.v))}; }
+inline Lanes8 highHalf(Lanes16 a) { return {_mm256_cvtepi16_epi32(_mm256_extracti128_si256(a.v, 1))}; }
+inline Lanes16 join(Lanes8 lo, Lanes8 hi) { return {_mm256_permute4x64_epi64(_mm256_packs_epi32(lo.v, hi.v), 0xd8)}; }
+
+inline Lanes16 roundedQuotient(Lanes16 diff, Lanes16 twoN)
+{
+    return join(roundedQuotient(lowHalf(diff), lowHalf(twoN)), roundedQuotient(highHalf(diff), highHalf(twoN)));
+}
+inline Lanes16 clampI(Lanes16 x, int32_t hi)
+{
+    return {_mm256_min_epi16(_mm256_max_epi16(x.v, _mm256_setzero_si256()), _mm256_set1_epi16(int16_t(hi)))};
+}
+inline Lanes16 applyGain(Lanes16 v, float gain, float hi)
+{
+    return join(applyGain(lowHalf(v), gain, hi), applyGain(highHalf(v), gain, hi));
+}
+
+inline void splat(int32_t& x, int32_t k) { x = k; }
+inline void splat(Lanes8& x, int32_t k) { x = {_mm256_set1_epi32(k)}; }
+inline void splat(Lanes16& x, int32_t k) { x = {_mm256_set1_epi16(int16_t(k))}; }
 
 // ---- one pixel --------------------------------------------------------------
 
@@ -125,10 +167,8 @@ void vngPixel(At at, V green, bool redRow, int32_t hi, const float* gains, V& b,
         gmax = lanesMax(gmax, grad[k]);
     }
     V one, zero;
-    if constexpr (std::is_same_v<V, int32_t>)
-        one = 1, zero = 0;
-    else
-        one = {_mm256_set1_epi32(1)}, zero = {_mm256_setzero_si256()};
+    splat(one, 1);
+    splat(zero, 0);
     const V threshold = gmin + lanesMax(half(gmax), one);
 
     // Twice the estimates of each direction: the pixel's own colour, then
@@ -209,19 +249,42 @@ inline void storeElem(T* p, int32_t v)
     std::memcpy(p, &x, sizeof(T));
 }
 
-// Eight consecutive elements widened to 32-bit lanes.
-inline Lanes8 load8(const uint8_t* p) { return {_mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)))}; }
-inline Lanes8 load8(const uint16_t* p) { return {_mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)))}; }
+// The vector lanes of each type: sixteen 16-bit lanes for 8u, eight 32-bit
+// lanes for 16u; consecutive elements widened into them.
+template <class T>
+struct VngLanes;
+template <>
+struct VngLanes<uint8_t> {
+    using V = Lanes16;
+    static constexpr int kCount = 16;
+    static V load(const uint8_t* p) { return {_mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)))}; }
+    // Lanes 0, 2, 4... are green when `evenGreen`.
+    static V greenMask(bool evenGreen) { return {_mm256_set1_epi32(evenGreen ? 0x0000ffff : int32_t(0xffff0000u))}; }
+};
+template <>
+struct VngLanes<uint16_t> {
+    using V = Lanes8;
+    static constexpr int kCount = 8;
+    static V load(const uint16_t* p) { return {_mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)))}; }
+    static V greenMask(bool evenGreen)
+    {
+        return {_mm256_set1_epi64x(evenGreen ? 0x00000000ffffffffll : int64_t(0xffffffff00000000ull))};
+    }
+};
 
-// B, G, R of eight pixels into BGRA, keeping the alpha already there.
-inline void store8(uint8_t* d, Lanes8 b, Lanes8 g, Lanes8 r)
+// B, G, R of the lanes' pixels into BGRA, keeping the alpha already there.
+inline void storeLanes(uint8_t* d, Lanes16 b, Lanes16 g, Lanes16 r)
 {
     auto* q = reinterpret_cast<__m256i*>(d);
-    const __m256i alpha = _mm256_and_si256(_mm256_loadu_si256(q), _mm256_set1_epi32(int32_t(0xff000000u)));
-    const __m256i bgr = _mm256_or_si256(_mm256_or_si256(b.v, _mm256_slli_epi32(g.v, 8)), _mm256_slli_epi32(r.v, 16));
-    _mm256_storeu_si256(q, _mm256_or_si256(bgr, alpha));
+    const __m256i bg = _mm256_or_si256(b.v, _mm256_slli_epi16(g.v, 8));
+    const __m256i lo = _mm256_unpacklo_epi16(bg, r.v);  // pixels 0-3 | 8-11
+    const __m256i hi = _mm256_unpackhi_epi16(bg, r.v);  // pixels 4-7 | 12-15
+    const __m256i keepAlpha = _mm256_set1_epi32(int32_t(0xff000000u));
+    const __m256i p0 = _mm256_permute2x128_si256(lo, hi, 0x20), p1 = _mm256_permute2x128_si256(lo, hi, 0x31);
+    _mm256_storeu_si256(q, _mm256_or_si256(p0, _mm256_and_si256(_mm256_loadu_si256(q), keepAlpha)));
+    _mm256_storeu_si256(q + 1, _mm256_or_si256(p1, _mm256_and_si256(_mm256_loadu_si256(q + 1), keepAlpha)));
 }
-inline void store8(uint16_t* d, Lanes8 b, Lanes8 g, Lanes8 r)
+inline void storeLanes(uint16_t* d, Lanes8 b, Lanes8 g, Lanes8 r)
 {
     auto* q = reinterpret_cast<__m256i*>(d);
     const __m256i bg = _mm256_or_si256(b.v, _mm256_slli_epi32(g.v, 16));
@@ -234,24 +297,24 @@ inline void store8(uint16_t* d, Lanes8 b, Lanes8 g, Lanes8 r)
 }
 
 // Interior row `r`, columns [x0, x0 + width), into `d` (four elements a
-// pixel). The vector path takes groups of eight from x0 on, the scalar form
-// the rest.
+// pixel). The vector path takes whole registers of pixels from x0 on, the
+// scalar form the rest.
 template <class T>
 void vngRow(const T* src, int srcStep, const Grid& grid, int r, int x0, int width, const float* gains, T* d)
 {
     constexpr int32_t hi = (1 << (8 * sizeof(T))) - 1;
     const bool redRow = grid.redRowAt(r);
-    const int nv = g_scalarBlocks ? 0 : width / 8 * 8;
+    using L = VngLanes<T>;
+    const int nv = g_scalarBlocks ? 0 : width / L::kCount * L::kCount;
     if (nv > 0) {
-        // Lanes 0, 2, 4, 6 have the site class of x0.
-        const bool firstGreen = !grid.colourSiteAt(r, x0);
-        const Lanes8 green = {_mm256_set1_epi64x(firstGreen ? 0x00000000ffffffffll : int64_t(0xffffffff00000000ull))};
-        for (int i = 0; i < nv; i += 8) {
+        // Even lanes have the site class of x0.
+        const typename L::V green = L::greenMask(!grid.colourSiteAt(r, x0));
+        for (int i = 0; i < nv; i += L::kCount) {
             const int c = x0 + i;
-            auto at = [&](int di, int dj) { return load8(rowAt(src, srcStep, r + di) + c + dj); };
-            Lanes8 b, g, rr;
+            auto at = [&](int di, int dj) { return L::load(rowAt(src, srcStep, r + di) + c + dj); };
+            typename L::V b, g, rr;
             vngPixel(at, green, redRow, hi, gains, b, g, rr);
-            store8(d + 4 * i, b, g, rr);
+            storeLanes(d + 4 * i, b, g, rr);
         }
     }
     for (int i = nv; i < width; ++i) {

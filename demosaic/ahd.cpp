@@ -81,22 +81,39 @@ struct Ahd {
     int tmpStep;
     int cx = 0;  // first column of the current item; ring element 0 is column cx - 4
 
-    int32_t pm(int r, int c) const
-    {
-        return loadAt<T>(src + std::ptrdiff_t(mirror(r, H - 1)) * srcStep + std::ptrdiff_t(mirror(c, W - 1)) * sizeof(T));
-    }
-    uint8_t* ring(int base, int size, int row, int c) const
+    // A row of the virtual mosaic, read at any column.
+    struct SrcRow {
+        const uint8_t* p;
+        int lastCol;
+        int32_t operator[](int c) const { return loadAt<T>(p + std::ptrdiff_t(mirror(c, lastCol)) * sizeof(T)); }
+    };
+    SrcRow srcRow(int r) const { return {src + std::ptrdiff_t(mirror(r, H - 1)) * srcStep, W - 1}; }
+
+    // A ring row, read and written at mosaic columns.
+    template <class E>
+    struct RingRow {
+        uint8_t* p;
+        int32_t operator[](int c) const { return loadAt<E>(p + std::ptrdiff_t(c) * sizeof(T)); }
+        void set(int c, int32_t v) const { storeAt<E>(p + std::ptrdiff_t(c) * sizeof(T), v); }
+    };
+    RingRow<T> ring(int base, int size, int row) const
     {
         const int slot = base + ((row % size) + size) % size;
-        return tmp + std::ptrdiff_t(slot) * tmpStep + std::ptrdiff_t(c - cx + 4) * sizeof(T);
+        // Element 0 of a ring row is column cx - 4.
+        return {tmp + std::ptrdiff_t(slot) * tmpStep - std::ptrdiff_t(cx - 4) * std::ptrdiff_t(sizeof(T))};
     }
-    int32_t green(int v, int r, int c) const { return loadAt<T>(ring(v ? kGreenV : kGreenH, 5, r, c)); }
+    RingRow<T> greenRing(int v, int r) const { return ring(v ? kGreenV : kGreenH, 5, r); }
+    RingRow<T> redRing(int v, int r) const { return ring(v ? kRedV : kRedH, 4, r); }
+    RingRow<T> blueRing(int v, int r) const { return ring(v ? kBlueV : kBlueH, 4, r); }
+    RingRow<Map> mapRing(int r) const { return {ring(kMap, 4, r).p}; }
 
     // Stage 1: green of both candidates at row r, columns [c0, c1].
     void greenRow(int r, int c0, int c1) const
     {
+        const SrcRow up2 = srcRow(r - 2), up = srcRow(r - 1), mid = srcRow(r), down = srcRow(r + 1), down2 = srcRow(r + 2);
+        const RingRow<T> outH = greenRing(0, r), outV = greenRing(1, r);
         for (int c = c0; c <= c1; ++c) {
-            const int32_t s = pm(r, c);
+            const int32_t s = mid[c];
             int32_t gh = s, gv = s;
             if (grid.colourSiteAt(r, c)) {
                 // The mean of the two green neighbours on the axis, corrected
@@ -105,11 +122,11 @@ struct Ahd {
                     const int32_t v = ((a + b) >> 1) + ((2 * s - l - e) >> 2);
                     return std::clamp(v, std::min(a, b), std::max(a, b));
                 };
-                gh = along(pm(r, c - 1), pm(r, c + 1), pm(r, c - 2), pm(r, c + 2));
-                gv = along(pm(r - 1, c), pm(r + 1, c), pm(r - 2, c), pm(r + 2, c));
+                gh = along(mid[c - 1], mid[c + 1], mid[c - 2], mid[c + 2]);
+                gv = along(up[c], down[c], up2[c], down2[c]);
             }
-            storeAt<T>(ring(kGreenH, 5, r, c), gh);
-            storeAt<T>(ring(kGreenV, 5, r, c), gv);
+            outH.set(c, gh);
+            outV.set(c, gv);
         }
     }
 
@@ -118,47 +135,58 @@ struct Ahd {
     void redBlueRow(int r, int c0, int c1) const
     {
         const bool redRow = grid.redRowAt(r);
-        for (int c = c0; c <= c1; ++c) {
-            for (int v = 0; v < 2; ++v) {
-                const int32_t g = green(v, r, c);
+        const SrcRow up = srcRow(r - 1), mid = srcRow(r), down = srcRow(r + 1);
+        for (int v = 0; v < 2; ++v) {
+            const RingRow<T> gu = greenRing(v, r - 1), gm = greenRing(v, r), gd = greenRing(v, r + 1);
+            const RingRow<T> red = redRing(v, r), blue = blueRing(v, r);
+            for (int c = c0; c <= c1; ++c) {
+                const int32_t g = gm[c];
                 int32_t own, other;  // own: the colour of the row's red or blue sites
                 if (!grid.colourSiteAt(r, c)) {
-                    own = g + ((pm(r, c - 1) - green(v, r, c - 1) + pm(r, c + 1) - green(v, r, c + 1)) >> 1);
-                    other = g + ((pm(r - 1, c) - green(v, r - 1, c) + pm(r + 1, c) - green(v, r + 1, c)) >> 1);
+                    own = g + ((mid[c - 1] - gm[c - 1] + mid[c + 1] - gm[c + 1]) >> 1);
+                    other = g + ((up[c] - gu[c] + down[c] - gd[c]) >> 1);
                 } else {
-                    own = pm(r, c);
-                    const int32_t xs = pm(r - 1, c - 1) + pm(r - 1, c + 1) + pm(r + 1, c - 1) + pm(r + 1, c + 1);
-                    const int32_t ys = green(v, r - 1, c - 1) + green(v, r - 1, c + 1) + green(v, r + 1, c - 1) +
-                                       green(v, r + 1, c + 1);
+                    own = mid[c];
+                    const int32_t xs = up[c - 1] + up[c + 1] + down[c - 1] + down[c + 1];
+                    const int32_t ys = gu[c - 1] + gu[c + 1] + gd[c - 1] + gd[c + 1];
                     other = g + ((xs - ys) >> 2);
                 }
                 own = std::clamp(own, 0, kMax);
                 other = std::clamp(other, 0, kMax);
-                storeAt<T>(ring(v ? kRedV : kRedH, 4, r, c), redRow ? own : other);
-                storeAt<T>(ring(v ? kBlueV : kBlueH, 4, r, c), redRow ? other : own);
+                red.set(c, redRow ? own : other);
+                blue.set(c, redRow ? other : own);
             }
         }
-    }
-
-    Ycc ycc(int v, int r, int c) const
-    {
-        return toYcc(loadAt<T>(ring(v ? kRedV : kRedH, 4, r, c)), green(v, r, c),
-                     loadAt<T>(ring(v ? kBlueV : kBlueH, 4, r, c)));
     }
 
     // Stages 3 and 4: the homogeneity map, countH - countV.
     void mapRow(int r, int c0, int c1) const
     {
+        struct Rows {
+            RingRow<T> red, green, blue;
+            Ycc at(int c) const { return toYcc(red[c], green[c], blue[c]); }
+        };
+        Rows up[2], mid[2], down[2];
+        Ycc left[2], centre[2];
+        for (int v = 0; v < 2; ++v) {
+            up[v] = {redRing(v, r - 1), greenRing(v, r - 1), blueRing(v, r - 1)};
+            mid[v] = {redRing(v, r), greenRing(v, r), blueRing(v, r)};
+            down[v] = {redRing(v, r + 1), greenRing(v, r + 1), blueRing(v, r + 1)};
+            left[v] = mid[v].at(c0 - 1);
+            centre[v] = mid[v].at(c0);
+        }
+        const RingRow<Map> out = mapRing(r);
         for (int c = c0; c <= c1; ++c) {
-            static constexpr int kDr[4] = {0, 0, -1, 1}, kDc[4] = {-1, 1, 0, 0};  // left, right, up, down
-            int32_t dy[2][4], dc[2][4];
+            int32_t dy[2][4], dc[2][4];  // left, right, up, down
             for (int v = 0; v < 2; ++v) {
-                const Ycc p = ycc(v, r, c);
+                const Ycc p = centre[v], right = mid[v].at(c + 1);
+                const Ycc q[4] = {left[v], right, up[v].at(c), down[v].at(c)};
                 for (int k = 0; k < 4; ++k) {
-                    const Ycc q = ycc(v, r + kDr[k], c + kDc[k]);
-                    dy[v][k] = absDiff(p.y, q.y);
-                    dc[v][k] = chromaDist(p, q);
+                    dy[v][k] = absDiff(p.y, q[k].y);
+                    dc[v][k] = chromaDist(p, q[k]);
                 }
+                left[v] = p;
+                centre[v] = right;
             }
             // Thresholds from H along the row and V along the column.
             const int32_t lumaEps = std::min(std::max(dy[0][0], dy[0][1]), std::max(dy[1][2], dy[1][3]));
@@ -167,29 +195,33 @@ struct Ahd {
             for (int v = 0; v < 2; ++v)
                 for (int k = 0; k < 4; ++k)
                     count[v] += (dy[v][k] <= lumaEps && dc[v][k] <= chromaEps) ? 1 : 0;
-            storeAt<Map>(ring(kMap, 4, r, c), count[0] - count[1]);
+            out.set(c, count[0] - count[1]);
         }
     }
 
     // Stage 5: the choice along the row, stored where the rectangle has it.
     void outputRow(int r, int c0, int c1) const
     {
-        const bool inRows = r >= y && r < yEnd;
+        if (r < y || r >= yEnd)
+            return;  // the running value only matters for stored pixels
+        const RingRow<Map> mu = mapRing(r - 1), mm = mapRing(r), md = mapRing(r + 1);
+        const RingRow<T> red[2] = {redRing(0, r), redRing(1, r)}, green[2] = {greenRing(0, r), greenRing(1, r)},
+                         blue[2] = {blueRing(0, r), blueRing(1, r)};
+        uint8_t* d = dst + std::ptrdiff_t(r - y) * dstStep;
         int32_t t = 1;
         for (int c = c0; c <= c1; ++c) {
             int32_t s = 0;
-            for (int i = -1; i <= 1; ++i)
-                for (int j = -1; j <= 1; ++j)
-                    s += loadAt<Map>(ring(kMap, 4, r + i, c + j));
+            for (int j = -1; j <= 1; ++j)
+                s += mu[c + j] + mm[c + j] + md[c + j];
             if (s != 0)
                 t = s;
-            if (!inRows || c < x || c >= xEnd)
+            if (c < x || c >= xEnd)
                 continue;
             const int v = t < 0 ? 1 : 0;
-            uint8_t* d = dst + std::ptrdiff_t(r - y) * dstStep + std::ptrdiff_t(c - x) * 3 * sizeof(T);
-            storeAt<T>(d, loadAt<T>(ring(v ? kRedV : kRedH, 4, r, c)));
-            storeAt<T>(d + sizeof(T), green(v, r, c));
-            storeAt<T>(d + 2 * sizeof(T), loadAt<T>(ring(v ? kBlueV : kBlueH, 4, r, c)));
+            uint8_t* px = d + std::ptrdiff_t(c - x) * 3 * sizeof(T);
+            storeAt<T>(px, red[v][c]);
+            storeAt<T>(px + sizeof(T), green[v][c]);
+            storeAt<T>(px + 2 * sizeof(T), blue[v][c]);
         }
     }
 

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "support/image.h"
+#include "support/mosaic.h"
 
 using namespace orvtest;
 
@@ -24,32 +24,6 @@ AhdFn<T> ahd()
         return orviDemosaicAHD_8u_C1C3R;
     else
         return orviDemosaicAHD_16u_C1C3R;
-}
-
-template <class T>
-T get(const GuardedImage& img, int r, int i)
-{
-    T v;
-    std::memcpy(&v, img.row(r) + i * sizeof(T), sizeof(T));
-    return v;
-}
-template <class T>
-void put(GuardedImage& img, int r, int i, T v)
-{
-    std::memcpy(img.row(r) + i * sizeof(T), &v, sizeof(T));
-}
-
-const char* kNames[4] = {"BGGR", "RGGB", "GBRG", "GRBG"};
-
-// The mosaic of an RGB scene given as a function of (row, column).
-template <class T, class Scene>
-void sample(GuardedImage& src, int W, int H, int grid, Scene scene)
-{
-    for (int r = 0; r < H; ++r)
-        for (int c = 0; c < W; ++c) {
-            const char n = kNames[grid][(r & 1) * 2 + (c & 1)];
-            put<T>(src, r, c, T(scene(r, c, n == 'R' ? 0 : n == 'G' ? 1 : 2)));
-        }
 }
 
 // Runs a call with a work buffer of exactly 30 rows of max(w, 6) + 8
@@ -90,7 +64,7 @@ TYPED_TEST(Ahd, OneColourScenes)
             GuardedImage src(W * sizeof(T), H, W * sizeof(T) + 3);
             sample<T>(src, W, H, grid, [&](int, int, int ch) { return rgb[ch]; });
             for (const OrvRect& roi : rects) {
-                SCOPED_TRACE(std::to_string(W) + "x" + std::to_string(H) + " " + kNames[grid] + " at " +
+                SCOPED_TRACE(std::to_string(W) + "x" + std::to_string(H) + " " + kGridNames[grid] + " at " +
                              std::to_string(roi.x) + "," + std::to_string(roi.y));
                 if (std::max(roi.x, 0) >= W || std::max(roi.y, 0) >= H)
                     continue;
@@ -111,7 +85,7 @@ TYPED_TEST(Ahd, StripesChooseTheirDirection)
     const unsigned scale = sizeof(T) == 1 ? 1 : 250;
     for (bool rows : {true, false}) {
         for (int grid = 0; grid < 4; ++grid) {
-            SCOPED_TRACE(std::string(rows ? "horizontal " : "vertical ") + kNames[grid]);
+            SCOPED_TRACE(std::string(rows ? "horizontal " : "vertical ") + kGridNames[grid]);
             auto level = [&](int r, int c) { return scale * (((rows ? r : c) / 3) % 2 ? 200u : 40u); };
             GuardedImage src(W * sizeof(T), H, W * sizeof(T));
             sample<T>(src, W, H, grid, [&](int r, int c, int) { return level(r, c); });

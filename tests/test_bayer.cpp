@@ -5,7 +5,7 @@
 #include <random>
 #include <vector>
 
-#include "support/image.h"
+#include "support/mosaic.h"
 
 using namespace orvtest;
 
@@ -70,8 +70,6 @@ std::vector<std::vector<T>> convert(int w, int h, int grid, const std::vector<un
     return px;
 }
 
-enum { BGGR = 0, RGGB = 1, GBRG = 2, GRBG = 3 };
-
 template <class T>
 class Bayer : public ::testing::Test {};
 using Types = ::testing::Types<Orv8u, Orv16u>;
@@ -127,16 +125,13 @@ TYPED_TEST(Bayer, GridCodesPlaceTheColours)
 {
     using T = TypeParam;
     const unsigned rgb[3] = {11, 120, 240};
-    const char* names[4] = {"BGGR", "RGGB", "GBRG", "GRBG"};
     for (int grid = 0; grid < 4; ++grid) {
-        SCOPED_TRACE(names[grid]);
+        SCOPED_TRACE(kGridNames[grid]);
         const int w = 9, h = 7;
         std::vector<unsigned> v(w * h);
         for (int r = 0; r < h; ++r)
-            for (int c = 0; c < w; ++c) {
-                const char name = names[grid][(r & 1) * 2 + (c & 1)];
-                v[r * w + c] = rgb[name == 'R' ? 0 : name == 'G' ? 1 : 2];
-            }
+            for (int c = 0; c < w; ++c)
+                v[r * w + c] = rgb[gridChannel(grid, r, c)];
         for (const auto& px : convert<T>(w, h, grid, v))
             ASSERT_EQ(px, (std::vector<T>{T(rgb[0]), T(rgb[1]), T(rgb[2])}));
     }

@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-#include "support/image.h"
+#include "support/mosaic.h"
 
 using namespace orvtest;
 
@@ -24,22 +24,6 @@ VngFn<T> vng()
         return orviCFAToBGRA_VNG_8u_C1C4R_L;
     else
         return orviCFAToBGRA_VNG_16u_C1C4R_L;
-}
-
-enum { BGGR = 0, RGGB = 1, GBRG = 2, GRBG = 3 };
-
-// Elements are read and written bytewise: byte steps may be odd for 16u.
-template <class T>
-T get(const GuardedImage& img, int r, int i)
-{
-    T v;
-    std::memcpy(&v, img.row(r) + i * sizeof(T), sizeof(T));
-    return v;
-}
-template <class T>
-void put(GuardedImage& img, int r, int i, T v)
-{
-    std::memcpy(img.row(r) + i * sizeof(T), &v, sizeof(T));
 }
 
 template <class T>
@@ -99,16 +83,11 @@ TYPED_TEST(Vng, FlatScenesGridsAndGains)
 {
     using T = TypeParam;
     const unsigned bgr[3] = {30, 200, 101};
-    const char* names[4] = {"BGGR", "RGGB", "GBRG", "GRBG"};
     const int W = 21, H = 9;
     for (int grid = 0; grid < 4; ++grid) {
-        SCOPED_TRACE(names[grid]);
+        SCOPED_TRACE(kGridNames[grid]);
         GuardedImage src(W * sizeof(T), H, W * sizeof(T));
-        for (int r = 0; r < H; ++r)
-            for (int c = 0; c < W; ++c) {
-                const char n = names[grid][(r & 1) * 2 + (c & 1)];
-                put<T>(src, r, c, T(bgr[n == 'B' ? 0 : n == 'G' ? 1 : 2]));
-            }
+        sample<T>(src, W, H, grid, [&](int, int, int ch) { return bgr[2 - ch]; });
         const float unit[3] = {1.0f, 1.0f, 1.0f}, gains[3] = {0.5f, 1.5f, std::numeric_limits<float>::infinity()};
         const auto plain = run<T>(src, {W, H, {0, 0, W, H}, grid});
         const auto ones = run<T>(src, {W, H, {0, 0, W, H}, grid, unit});

@@ -64,6 +64,7 @@ struct Member {
     const char* name;
     Call call;
     Fmt src, dst;
+    bool banded = false;  // also measured on all threads
 };
 
 // clang-format off
@@ -123,6 +124,24 @@ const Member kMembers[] = {
     {CALL(orviYCbCr411To420_8u_P3R, P3, P3), k411P3, k420P3},
     {CALL(orviYCbCr420To1620_8u_P3R, P3, P3), k420P3, k1620P3},
     {CALL(orviYCbCr1620To420_8u_P3R, P3, P3), k1620P3, k420P3},
+    // filtered, interlaced and deinterlacing members
+    {CALL(orviYCbCr420ToYCbCr422_Filter_8u_P3R, P3, P3), k420P3, k422P3},
+    {CALL(orviYCrCb420ToYCbCr422_Filter_8u_P3R, P3, P3), k420P3, k422P3},
+    {CALL(orviYCbCr420ToYCbCr422_Filter_8u_P2P3R, P2, P3), k420P2, k422P3},
+    {CALL(orviYCbCr420To422_Interlace_8u_P3R, P3, P3), k420P3, k422P3, true},
+    {CALL(orviYCbCr420ToCbYCr422_Interlace_8u_P3C2R, P3, C2), k420P3, k422C2, true},
+    {CALL(orviYCbCr422To420_Interlace_8u_P3R, P3, P3), k422P3, k420P3, true},
+    {CALL(orviCbYCr422ToYCbCr420_Interlace_8u_C2P3R, C2, P3), k422C2, k420P3, true},
+    {"orviYCbCr420ToYCrCb420_Filter_8u_P2P3R",
+     [](Frame& s, Frame& d) {
+         return orviYCbCr420ToYCrCb420_Filter_8u_P2P3R(P2(s), P3(d), {kWidth, kHeight}, 21);
+     },
+     k420P2, k420P3},
+    {"orviYCbCr420ToYCbCr422_Filter_8u_P2C2R",
+     [](Frame& s, Frame& d) {
+         return orviYCbCr420ToYCbCr422_Filter_8u_P2C2R(P2(s), C2(d), {kWidth, kHeight}, 21);
+     },
+     k420P2, k422C2},
 };
 // clang-format on
 
@@ -152,10 +171,12 @@ const std::pair<const char*, Peer> kPeers[] = {
 void registerMember(const Member& m)
 {
     const std::string base = std::string("chroma/") + m.name;
-    for (bool scalar : {false, true})
-        registerPeer(base + (scalar ? "/scalar" : "/vector"), [m, scalar](benchmark::State& state) {
+    for (int run = 0; run < (m.banded ? 3 : 2); ++run) {
+        const bool scalar = run == 1;
+        const char* kind[] = {"/vector", "/scalar", "/vector_all_threads"};
+        registerPeer(base + kind[run], [m, scalar, run](benchmark::State& state) {
             Frame s(m.src, 1), d(m.dst, 11);
-            orvSetNumThreads(1);
+            orvSetNumThreads(run == 2 ? 0 : 1);
             h9::g_scalarBlocks = scalar;
             if (m.call(s, d) != orvStatusOk)
                 state.SkipWithError("the call failed");
@@ -166,6 +187,7 @@ void registerMember(const Member& m)
             h9::g_scalarBlocks = false;
             orvSetNumThreads(0);
         });
+    }
     registerPeer(base + "/memcpy", [m](benchmark::State& state) {
         Frame s(m.src, 1), d(m.dst, 11);
         const std::size_t n = (s.bytes + d.bytes) / 2;

@@ -223,16 +223,7 @@ TEST(ChromaFormats, EveryMemberFollowsItsRule)
             const OrvStatus want = expectedStatus(m, {g.w, g.h}, w, h);
             if (want >= 0)
                 applyRule(m, src, ex, w, h);
-            ASSERT_EQ(m.call(src, dv, {g.w, g.h}), want);
-            {
-                ScalarBlocks scalar;
-                ASSERT_EQ(m.call(src, ds, {g.w, g.h}), want);
-            }
-            ASSERT_TRUE(dv.guardsIntact());
-            ASSERT_TRUE(ds.guardsIntact());
-            ASSERT_TRUE(src.guardsIntact());
-            ASSERT_EQ(dv.pixels(), ex.pixels());
-            ASSERT_EQ(ds.pixels(), ex.pixels());
+            expectConversion(m.call, src, dv, ds, ex, {g.w, g.h}, want);
         }
     }
 }
@@ -241,40 +232,21 @@ TEST(ChromaFormats, EveryMemberFollowsItsRule)
 // then the height; a failing call writes nothing.
 TEST(ChromaFormats, ChecksInOrder)
 {
-    std::mt19937 rng(3);
     for (const Member& m : members()) {
         SCOPED_TRACE(m.name);
-        const int mw = minWidth(m);
-        auto expectFault = [&](auto&& fault, RoiSize roi, OrvStatus want) {
-            VideoFrame s(m.src, 8, 8), d(m.dst, 8, 8);
-            s.fill(rng);
-            d.fill(rng);
-            const auto before = d.pixels();
-            fault(s, d);
-            EXPECT_EQ(m.call(s, d, roi), want) << roi.width << "x" << roi.height;
-            EXPECT_EQ(d.pixels(), before);
-        };
-        for (int side = 0; side < 2; ++side) {
-            const Lay lay = side ? m.dst.lay : m.src.lay;
-            const int planes = lay == Lay::P3 ? 3 : lay == Lay::P2 ? 2 : 1;
-            for (int k = 0; k < planes; ++k)
-                expectFault([&](VideoFrame& s, VideoFrame& d) { (side ? d : s).nullPlane(k); }, {0, 0},
-                            orvStatusNullPointer);
-            if (lay == Lay::P3)
-                for (int a = 0; a < 2; ++a)
-                    expectFault([&](VideoFrame& s, VideoFrame& d) { (side ? d : s).nullArrays(a == 0, a == 1); },
-                                {0, -1}, orvStatusNullPointer);
-        }
+        expectNullsBeforeSizes(m.call, m.src, m.dst, {0, 0}, false);
+        expectNullsBeforeSizes(m.call, m.src, m.dst, {0, -1}, true);
         const auto none = [](VideoFrame&, VideoFrame&) {};
-        expectFault(none, {mw - 1, 8}, orvStatusBadSize);
+        const auto fault = [&](RoiSize roi, OrvStatus want) { expectFault(m.call, m.src, m.dst, none, roi, want); };
+        fault({minWidth(m) - 1, 8}, orvStatusBadSize);
         if (m.minHeight)
-            expectFault(none, {8, m.minHeight - 1}, orvStatusBadSize);
+            fault({8, m.minHeight - 1}, orvStatusBadSize);
         else
             for (int h : {0, -1})
-                expectFault(none, {8, h}, orvStatusOk);
+                fault({8, h}, orvStatusOk);
         if (strict(m)) {
-            expectFault(none, {6, 8}, orvStatusBadSize);
-            expectFault(none, {8, m.minHeight + 1}, orvStatusBadSize);
+            fault({6, 8}, orvStatusBadSize);
+            fault({8, m.minHeight + 1}, orvStatusBadSize);
         }
     }
 }

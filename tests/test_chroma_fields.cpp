@@ -128,15 +128,7 @@ TEST(ChromaFields, EveryMemberFollowsItsFormulas)
             const OrvStatus want = expectedStatus(m, {gw, gh}, w, h);
             if (want >= 0)
                 applyRule(m, src, ex, w, h);
-            ASSERT_EQ(m.call(src, dv, {gw, gh}), want);
-            {
-                ScalarBlocks scalar;
-                ASSERT_EQ(m.call(src, ds, {gw, gh}), want);
-            }
-            ASSERT_TRUE(dv.guardsIntact());
-            ASSERT_TRUE(ds.guardsIntact());
-            ASSERT_EQ(dv.pixels(), ex.pixels());
-            ASSERT_EQ(ds.pixels(), ex.pixels());
+            expectConversion(m.call, src, dv, ds, ex, {gw, gh}, want);
         }
     }
 }
@@ -144,28 +136,12 @@ TEST(ChromaFields, EveryMemberFollowsItsFormulas)
 // Pointers, array elements included, before sizes; nothing written on failure.
 TEST(ChromaFields, ChecksInOrder)
 {
-    std::mt19937 rng(9);
     for (const Member& m : members()) {
         SCOPED_TRACE(m.name);
-        auto expectFault = [&](auto&& fault, RoiSize roi, OrvStatus want) {
-            VideoFrame s(m.src, 8, 8), d(m.dst, 8, 8);
-            s.fill(rng);
-            d.fill(rng);
-            const auto before = d.pixels();
-            fault(s, d);
-            EXPECT_EQ(m.call(s, d, roi), want);
-            EXPECT_EQ(d.pixels(), before);
-        };
-        for (int side = 0; side < 2; ++side) {
-            const Lay lay = side ? m.dst.lay : m.src.lay;
-            const int planes = lay == Lay::P3 ? 3 : lay == Lay::P2 ? 2 : 1;
-            for (int k = 0; k < planes; ++k)
-                expectFault([&](VideoFrame& s, VideoFrame& d) { (side ? d : s).nullPlane(k); }, {1, 0},
-                            orvStatusNullPointer);
-        }
+        expectNullsBeforeSizes(m.call, m.src, m.dst, {1, 0}, true);
         const auto none = [](VideoFrame&, VideoFrame&) {};
-        expectFault(none, {1, 8}, orvStatusBadSize);
-        expectFault(none, {8, heightBlock(m) - 1}, orvStatusBadSize);
+        expectFault(m.call, m.src, m.dst, none, {1, 8}, orvStatusBadSize);
+        expectFault(m.call, m.src, m.dst, none, {8, heightBlock(m) - 1}, orvStatusBadSize);
     }
 }
 

@@ -5,6 +5,7 @@
 // own layout code.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <random>
 #include <string>
@@ -139,5 +140,59 @@ private:
 #define VIDEO_ARGS_P3(f) (f).planes(), (f).steps()
 #define VIDEO_ARGS_P2(f) (f).plane(0), (f).step(0), (f).plane(1), (f).step(1)
 #define VIDEO_ARGS_C2(f) (f).plane(0), (f).step(0)
+
+using VideoCall = std::function<OrvStatus(VideoFrame&, VideoFrame&, RoiSize)>;
+
+// The vector run into dv and the scalar-block run into ds (both holding the
+// same bytes before) return `want` and leave the bytes of `expected`;
+// nothing is written outside the frames.
+inline void expectConversion(const VideoCall& call, VideoFrame& src, VideoFrame& dv, VideoFrame& ds,
+                             const VideoFrame& expected, RoiSize roi, OrvStatus want)
+{
+    ASSERT_EQ(call(src, dv, roi), want);
+    {
+        ScalarBlocks scalar;
+        ASSERT_EQ(call(src, ds, roi), want);
+    }
+    ASSERT_TRUE(src.guardsIntact());
+    ASSERT_TRUE(dv.guardsIntact());
+    ASSERT_TRUE(ds.guardsIntact());
+    ASSERT_EQ(dv.pixels(), expected.pixels());
+    ASSERT_EQ(ds.pixels(), expected.pixels());
+}
+
+// A call on 8x8 frames of random bytes, after `fault` has spoilt an
+// argument, returns `want` and writes nothing.
+inline void expectFault(const VideoCall& call, const VideoFormat& sf, const VideoFormat& df,
+                        const std::function<void(VideoFrame&, VideoFrame&)>& fault, RoiSize roi, OrvStatus want)
+{
+    std::mt19937 rng(roi.width * 31 + roi.height);
+    VideoFrame s(sf, 8, 8), d(df, 8, 8);
+    s.fill(rng);
+    d.fill(rng);
+    const auto before = d.pixels();
+    fault(s, d);
+    EXPECT_EQ(call(s, d, roi), want) << roi.width << "x" << roi.height;
+    EXPECT_EQ(d.pixels(), before);
+}
+
+// Every plane pointer of both sides nulled in turn, and with `arrays` the
+// plane and step arrays of planar sides: a null pointer wins over a bad `roi`.
+inline void expectNullsBeforeSizes(const VideoCall& call, const VideoFormat& sf, const VideoFormat& df, RoiSize roi,
+                                   bool arrays)
+{
+    for (int side = 0; side < 2; ++side) {
+        const Lay lay = side ? df.lay : sf.lay;
+        const int planes = lay == Lay::P3 ? 3 : lay == Lay::P2 ? 2 : 1;
+        for (int k = 0; k < planes; ++k)
+            expectFault(call, sf, df, [&](VideoFrame& s, VideoFrame& d) { (side ? d : s).nullPlane(k); }, roi,
+                        orvStatusNullPointer);
+        if (arrays && lay == Lay::P3)
+            for (int a = 0; a < 2; ++a)
+                expectFault(call, sf, df,
+                            [&](VideoFrame& s, VideoFrame& d) { (side ? d : s).nullArrays(a == 0, a == 1); }, roi,
+                            orvStatusNullPointer);
+    }
+}
 
 }  // namespace orvtest

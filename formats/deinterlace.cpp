@@ -23,6 +23,7 @@
 
 #include <algorithm>
 #include <tuple>
+#include <type_traits>
 
 #include "formats/chroma.h"
 #include "frame/fronts.h"
@@ -66,21 +67,61 @@ inline __m256i weighted(__m256i p, __m256i c, __m256i n, int wp, int wc, int rou
     return _mm256_packus_epi16(half(_mm256_unpacklo_epi8), half(_mm256_unpackhi_epi8));
 }
 
-// Vector path of the same rules on 32 samples.
-inline __m256i apply(Rule r, __m256i p, __m256i c, __m256i n)
+// Vector path of the same rules on 32 samples, one instance per rule.
+template <Rule R>
+inline __m256i applyV(__m256i p, __m256i c, __m256i n)
+{
+    if constexpr (R == Rule::Copy)
+        return c;
+    else if constexpr (R == Rule::Up)
+        return _mm256_avg_epu8(c, n);
+    else if constexpr (R == Rule::Down)
+        return _mm256_sub_epi8(_mm256_avg_epu8(c, n), _mm256_and_si256(_mm256_xor_si256(c, n), _mm256_set1_epi8(1)));
+    else if constexpr (R == Rule::EdgeUp)
+        return _mm256_avg_epu8(c, _mm256_avg_epu8(c, n));
+    else if constexpr (R == Rule::EdgeDown)
+        return weighted(p, c, n, 0, 3, 0);
+    else if constexpr (R == Rule::EdgePlus)
+        return weighted(p, c, n, 0, 3, 4);
+    else if constexpr (R == Rule::MidUp)
+        return _mm256_avg_epu8(_mm256_avg_epu8(c, n), _mm256_avg_epu8(c, p));
+    else if constexpr (R == Rule::MidCross)
+        return _mm256_avg_epu8(_mm256_avg_epu8(p, n), c);
+    else if constexpr (R == Rule::Mid)
+        return weighted(p, c, n, 1, 2, 0);
+    else
+        return weighted(p, c, n, 1, 2, 4);
+}
+
+template <Rule R>
+using RuleTag = std::integral_constant<Rule, R>;
+
+// Calls f(RuleTag<r>{}) so that a row's loop is compiled for its rule.
+template <class F>
+inline void withRule(Rule r, F&& f)
 {
     switch (r) {
-    case Rule::Copy: return c;
-    case Rule::Up: return _mm256_avg_epu8(c, n);
-    case Rule::Down:
-        return _mm256_sub_epi8(_mm256_avg_epu8(c, n), _mm256_and_si256(_mm256_xor_si256(c, n), _mm256_set1_epi8(1)));
-    case Rule::EdgeUp: return _mm256_avg_epu8(c, _mm256_avg_epu8(c, n));
-    case Rule::EdgeDown: return weighted(p, c, n, 0, 3, 0);
-    case Rule::EdgePlus: return weighted(p, c, n, 0, 3, 4);
-    case Rule::MidUp: return _mm256_avg_epu8(_mm256_avg_epu8(c, n), _mm256_avg_epu8(c, p));
-    case Rule::MidCross: return _mm256_avg_epu8(_mm256_avg_epu8(p, n), c);
-    case Rule::Mid: return weighted(p, c, n, 1, 2, 0);
-    default: return weighted(p, c, n, 1, 2, 4);
+    case Rule::Copy: return f(RuleTag<Rule::Copy>{});
+    case Rule::Up: return f(RuleTag<Rule::Up>{});
+    case Rule::Down: return f(RuleTag<Rule::Down>{});
+    case Rule::EdgeUp: return f(RuleTag<Rule::EdgeUp>{});
+    case Rule::EdgeDown: return f(RuleTag<Rule::EdgeDown>{});
+    case Rule::EdgePlus: return f(RuleTag<Rule::EdgePlus>{});
+    case Rule::MidUp: return f(RuleTag<Rule::MidUp>{});
+    case Rule::MidCross: return f(RuleTag<Rule::MidCross>{});
+    case Rule::Mid: return f(RuleTag<Rule::Mid>{});
+    default: return f(RuleTag<Rule::MidPlus>{});
+    }
+}
+
+// The chroma rows take only these three.
+template <class F>
+inline void withChromaRule(Rule r, F&& f)
+{
+    switch (r) {
+    case Rule::Copy: return f(RuleTag<Rule::Copy>{});
+    case Rule::Up: return f(RuleTag<Rule::Up>{});
+    default: return f(RuleTag<Rule::Down>{});
     }
 }
 
@@ -122,13 +163,15 @@ struct ToPlanes {
         const Orv8u* n = rowAt(src.plane[0], src.step[0], op.n);
         Orv8u* d = rowAt(dst.plane[0], dst.step[0], r);
         for (const auto& [x0, x1, rule] : {std::tuple{0, split, op.wide}, std::tuple{split, width, op.rest}})
-            segment(
-                x0, x1, 32,
-                [&](int x) {
-                    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + x),
-                                        apply(rule, load(p + x), load(c + x), load(n + x)));
-                },
-                [&](int x) { d[x] = apply(rule, p[x], c[x], n[x]); });
+            withRule(rule, [&, x0 = x0, x1 = x1, rule = rule](auto R) {
+                segment(
+                    x0, x1, 32,
+                    [&](int x) {
+                        _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + x),
+                                            applyV<R()>(load(p + x), load(c + x), load(n + x)));
+                    },
+                    [&](int x) { d[x] = apply(rule, p[x], c[x], n[x]); });
+            });
     }
 
     // Chroma output row j; split in chroma samples.
@@ -136,18 +179,20 @@ struct ToPlanes {
     {
         const Row a = rowOf(src, 0, op.a), b = rowOf(src, 0, op.b), d = rowOf(dst, 0, j);
         for (const auto& [x0, x1, rule] : {std::tuple{0, split, op.wide}, std::tuple{split, width / 2, op.rest}})
-            segment(
-                x0, x1, 32,
-                [&](int x) {
-                    __m256i ua, va, ub, vb;
-                    SemiCbCr::loadC(a, x, ua, va);
-                    SemiCbCr::loadC(b, x, ub, vb);
-                    PlanarCbCr::storeC(d, x, apply(rule, ua, ua, ub), apply(rule, va, va, vb));
-                },
-                [&](int x) {
-                    PlanarCbCr::cb(d, x) = apply(rule, 0, SemiCbCr::cb(a, x), SemiCbCr::cb(b, x));
-                    PlanarCbCr::cr(d, x) = apply(rule, 0, SemiCbCr::cr(a, x), SemiCbCr::cr(b, x));
-                });
+            withChromaRule(rule, [&, x0 = x0, x1 = x1, rule = rule](auto R) {
+                segment(
+                    x0, x1, 32,
+                    [&](int x) {
+                        __m256i ua, va, ub, vb;
+                        SemiCbCr::loadC(a, x, ua, va);
+                        SemiCbCr::loadC(b, x, ub, vb);
+                        PlanarCbCr::storeC(d, x, applyV<R()>(ua, ua, ub), applyV<R()>(va, va, vb));
+                    },
+                    [&](int x) {
+                        PlanarCbCr::cb(d, x) = apply(rule, 0, SemiCbCr::cb(a, x), SemiCbCr::cb(b, x));
+                        PlanarCbCr::cr(d, x) = apply(rule, 0, SemiCbCr::cr(a, x), SemiCbCr::cr(b, x));
+                    });
+            });
     }
 };
 
@@ -167,23 +212,27 @@ struct ToPacked {
         const std::tuple<int, int, Rule, Rule> parts[] = {{0, split / 2, l.wide, ch.wide},
                                                           {split / 2, width / 2, l.rest, ch.rest}};
         for (const auto& [x0, x1, lr, cr] : parts)
-            segment(
-                x0, x1, 32,
-                [&](int x) {
-                    const int i = 2 * x;
-                    __m256i ua, va, ub, vb;
-                    SemiCbCr::loadC(a, x, ua, va);
-                    SemiCbCr::loadC(b, x, ub, vb);
-                    PackedYCbCr::storeYC(d, i, apply(lr, load(p + i), load(c + i), load(n + i)),
-                                         apply(lr, load(p + i + 32), load(c + i + 32), load(n + i + 32)),
-                                         apply(cr, ua, ua, ub), apply(cr, va, va, vb));
-                },
-                [&](int x) {
-                    for (int i = 2 * x; i < 2 * x + 2; ++i)
-                        PackedYCbCr::y(d, i) = apply(lr, p[i], c[i], n[i]);
-                    PackedYCbCr::cb(d, x) = apply(cr, 0, SemiCbCr::cb(a, x), SemiCbCr::cb(b, x));
-                    PackedYCbCr::cr(d, x) = apply(cr, 0, SemiCbCr::cr(a, x), SemiCbCr::cr(b, x));
+            withRule(lr, [&, x0 = x0, x1 = x1, lr = lr, cr = cr](auto L) {
+                withChromaRule(cr, [&](auto C) {
+                    segment(
+                        x0, x1, 32,
+                        [&](int x) {
+                            const int i = 2 * x;
+                            __m256i ua, va, ub, vb;
+                            SemiCbCr::loadC(a, x, ua, va);
+                            SemiCbCr::loadC(b, x, ub, vb);
+                            PackedYCbCr::storeYC(d, i, applyV<L()>(load(p + i), load(c + i), load(n + i)),
+                                                 applyV<L()>(load(p + i + 32), load(c + i + 32), load(n + i + 32)),
+                                                 applyV<C()>(ua, ua, ub), applyV<C()>(va, va, vb));
+                        },
+                        [&](int x) {
+                            for (int i = 2 * x; i < 2 * x + 2; ++i)
+                                PackedYCbCr::y(d, i) = apply(lr, p[i], c[i], n[i]);
+                            PackedYCbCr::cb(d, x) = apply(cr, 0, SemiCbCr::cb(a, x), SemiCbCr::cb(b, x));
+                            PackedYCbCr::cr(d, x) = apply(cr, 0, SemiCbCr::cr(a, x), SemiCbCr::cr(b, x));
+                        });
                 });
+            });
     }
 };
 

@@ -7,6 +7,8 @@
 // clamped to its first and last rows.
 #include <immintrin.h>
 
+#include <type_traits>
+
 #include "formats/chroma.h"
 #include "frame/fronts.h"
 #include "frame/scalar.h"
@@ -51,10 +53,23 @@ struct FourTap {
         int c = 0;
         if (!g_scalarBlocks) {
             for (; c + 32 <= n; c += 32) {
-                __m256i u[4], v[4];
-                for (int k = 0; k < 4; ++k)
-                    S::loadC(e[k], c, u[k], v[k]);
-                PlanarCbCr::storeC(d, c, taps(u[0], u[1], u[2], u[3]), taps(v[0], v[1], v[2], v[3]));
+                __m256i u, v;
+                if constexpr (std::is_same_v<S, SemiCbCr>) {
+                    // The taps treat every byte alike: filter the pairs as
+                    // they lie and separate Cb from Cr once, in the result.
+                    const auto at = [&](int k, int half) {
+                        return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(e[k].p[1] + 2 * c + 32 * half));
+                    };
+                    SemiCbCr::split(taps(at(0, 0), at(1, 0), at(2, 0), at(3, 0)),
+                                    taps(at(0, 1), at(1, 1), at(2, 1), at(3, 1)), u, v);
+                } else {
+                    __m256i us[4], vs[4];
+                    for (int k = 0; k < 4; ++k)
+                        S::loadC(e[k], c, us[k], vs[k]);
+                    u = taps(us[0], us[1], us[2], us[3]);
+                    v = taps(vs[0], vs[1], vs[2], vs[3]);
+                }
+                PlanarCbCr::storeC(d, c, u, v);
             }
         }
         for (; c < n; ++c)

@@ -149,8 +149,14 @@ struct SemiPlanar {
     // 32 pairs: 64 bytes.
     static void loadC(const Row& r, int c, __m256i& u, __m256i& v)
     {
-        const __m256i a = evenOddPerLane(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(r.p[1] + 2 * c)));
-        const __m256i b = evenOddPerLane(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(r.p[1] + 2 * c + 32)));
+        split(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(r.p[1] + 2 * c)),
+              _mm256_loadu_si256(reinterpret_cast<const __m256i*>(r.p[1] + 2 * c + 32)), u, v);
+    }
+    // 32 pairs held in two registers, as 32 Cb and 32 Cr.
+    static void split(__m256i lo, __m256i hi, __m256i& u, __m256i& v)
+    {
+        const __m256i a = evenOddPerLane(lo);
+        const __m256i b = evenOddPerLane(hi);
         // 64-bit quarters in order 0, 2, 1, 3 restore the sample order.
         const __m256i first = _mm256_permute4x64_epi64(_mm256_unpacklo_epi64(a, b), 0xD8);
         const __m256i second = _mm256_permute4x64_epi64(_mm256_unpackhi_epi64(a, b), 0xD8);

@@ -19,6 +19,7 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "frame/fpmode.h"
 #include "orvcore.h"
 
 namespace h9 {
@@ -111,6 +112,26 @@ inline void rowsAreaTested(int width, int height, int32_t threshold, Body&& body
 #pragma omp parallel for schedule(static) num_threads(n)
     for (int y = 0; y < height; ++y)
         body(y);
+}
+
+// Pattern A for conversions that round to nearest in the caller's rounding
+// mode: each thread of the region takes the caller's mode for the length of
+// the call and gets its own back, so the output does not depend on which
+// thread converts a row.
+template <class Body>
+inline void rowsAreaTestedInCallersRounding(int width, int height, int32_t threshold, Body&& body)
+{
+    if (area32(width, height) <= threshold)
+        return rowsAreaTested(width, height, threshold, body);
+    const uint32_t mode = orv_get_rc_ssx();
+    const int n = ownGetNumThreads();
+#pragma omp parallel num_threads(n)
+    {
+        const RoundingAs callers(mode);
+#pragma omp for schedule(static)
+        for (int y = 0; y < height; ++y)
+            body(y);
+    }
 }
 
 // Pattern B: always a parallel region, also for one row.

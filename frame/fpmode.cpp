@@ -16,4 +16,6 @@ uint32_t orv_set_rc_ssx(uint32_t mode)
 
 void orv_set_cw_ssx(uint32_t word) { _mm_setcsr(word); }
 
+uint32_t orv_get_rc_ssx() { return _mm_getcsr() & kRoundingMask; }
+
 }  // namespace h9

@@ -99,28 +99,105 @@ struct Diffuser {
         }
     }
 
-    // One row of one channel.
-    void row(const S* src, D* dst, int width, int y, const float* prev, const float* far, float* cur) const
+    // One pixel of one channel; `src` and `dst` point at the row's first
+    // element of the channel.
+    void pixel(const S* src, D* dst, int x, int y, const float* prev, const float* far, float* cur) const
     {
-        for (int x = 0; x < width; ++x) {
-            const float v = gather(Domain<S>::value(load(src + x * pixStride)), prev, far, cur, x);
-            D out;
-            float e;
-            if (v >= Domain<S>::kTop) {
-                out = D(Dest<D>::kHigh);
-                e = 0.0f;
-            } else if (v < kLow) {
-                out = D(Dest<D>::kLow);
-                e = 0.0f;
-            } else {
-                const float t = Noise ? noise.at(x, y) : half;
-                const float q = quantSplit(v, invStep, step, t);
-                e = v - q;
-                out = Dest<D>::sat(level<S, D, kOut>(q));
-            }
-            cur[x] = e;
-            store(dst + x * pixStride, out);
+        const float v = gather(Domain<S>::value(load(src + x * pixStride)), prev, far, cur, x);
+        D out;
+        float e;
+        if (v >= Domain<S>::kTop) {
+            out = D(Dest<D>::kHigh);
+            e = 0.0f;
+        } else if (v < kLow) {
+            out = D(Dest<D>::kLow);
+            e = 0.0f;
+        } else {
+            const float t = Noise ? noise.at(x, y) : half;
+            const float q = quantSplit(v, invStep, step, t);
+            e = v - q;
+            out = Dest<D>::sat(level<S, D, kOut>(q));
         }
+        cur[x] = e;
+        store(dst + x * pixStride, out);
+    }
+
+    // The error rows of the k-th row from now, with r in the roles of the
+    // current row: Floyd-Steinberg swaps two rows, the others rotate three.
+    struct Roles {
+        const float* prev;  // row above (near)
+        const float* far;   // two rows above
+        float* cur;
+    };
+    static Roles roles(float* const r[3], int k)
+    {
+        if constexpr (kFs)
+            return {r[k & 1], nullptr, r[(k + 1) & 1]};
+        else
+            return {r[(k + 1) % 3], r[k % 3], r[(k + 2) % 3]};
+    }
+    static void advance(float* r[3], int rows)
+    {
+        const Roles a = roles(r, rows);
+        if constexpr (kFs) {
+            r[0] = const_cast<float*>(a.prev);
+            r[1] = a.cur;
+        } else {
+            r[0] = const_cast<float*>(a.far);
+            r[1] = const_cast<float*>(a.prev);
+            r[2] = a.cur;
+        }
+    }
+
+    // Rows one after the other: the plain form of the loop.
+    void rowsPlain(const S* src, int srcStep, D* dst, int dstStep, int width, int y0, int rows, float* r[3]) const
+    {
+        for (int k = 0; k < rows; ++k) {
+            const Roles a = roles(r, k);
+            const S* s = rowAt(src, srcStep, y0 + k);
+            D* d = rowAt(dst, dstStep, y0 + k);
+            for (int x = 0; x < width; ++x)
+                pixel(s, d, x, y0 + k, a.prev, a.far, a.cur);
+        }
+        advance(r, rows);
+    }
+
+    // kWave rows as a wavefront: each row runs kLag pixels behind the one
+    // above, which is as far as its gather reaches to the right, and as
+    // little as the error rows allow, since a row overwrites the entries of
+    // the row two (three) above that the row between has already read. Every
+    // pixel sees exactly the values it sees in the plain loop, and the
+    // dependency chains of the rows overlap.
+    static constexpr int kLag = kFs ? 2 : 3;
+    static constexpr int kWave = 8;
+    void rowsWave(const S* src, int srcStep, D* dst, int dstStep, int width, int y0, float* r[3]) const
+    {
+        Roles a[kWave];
+        const S* s[kWave];
+        D* d[kWave];
+        for (int k = 0; k < kWave; ++k) {
+            a[k] = roles(r, k);
+            s[k] = rowAt(src, srcStep, y0 + k);
+            d[k] = rowAt(dst, dstStep, y0 + k);
+        }
+        auto step = [&](int j) {
+            for (int k = 0; k < kWave; ++k) {
+                const int x = j - k * kLag;
+                if (x >= 0 && x < width)
+                    pixel(s[k], d[k], x, y0 + k, a[k].prev, a[k].far, a[k].cur);
+            }
+        };
+        // Filling, all rows under way, draining.
+        const int full = (kWave - 1) * kLag;
+        int j = 0;
+        for (; j < std::min(full, width); ++j)
+            step(j);
+        for (; j < width; ++j)
+            for (int k = 0; k < kWave; ++k)
+                pixel(s[k], d[k], j - k * kLag, y0 + k, a[k].prev, a[k].far, a[k].cur);
+        for (; j < width + full; ++j)
+            step(j);
+        advance(r, kWave);
     }
 
     // A section: its block cleared, then its channels in order, each from
@@ -133,22 +210,11 @@ struct Diffuser {
         const int per = w + 2 * margin(M);
         float* r[3] = {block + margin(M), block + margin(M) + per, block + margin(M) + 2 * per};
         for (int c = first; c < first + count; ++c) {
-            for (int y = 0; y < roi.height; ++y) {
-                const S* s = rowAt(src, srcStep, y) + c;
-                D* d = rowAt(dst, dstStep, y) + c;
-                if constexpr (kFs) {
-                    // r[0] the row above, r[1] the current row.
-                    row(s, d, w, y, r[0], nullptr, r[1]);
-                    std::swap(r[0], r[1]);
-                } else {
-                    // r[0] two rows up, r[1] one row up, r[2] the current row.
-                    row(s, d, w, y, r[1], r[0], r[2]);
-                    float* oldFar = r[0];
-                    r[0] = r[1];
-                    r[1] = r[2];
-                    r[2] = oldFar;
-                }
-            }
+            int y = 0;
+            if (!g_scalarBlocks)
+                for (; y + kWave <= roi.height; y += kWave)
+                    rowsWave(src + c, srcStep, dst + c, dstStep, w, y, r);
+            rowsPlain(src + c, srcStep, dst + c, dstStep, w, y, roi.height - y, r);
         }
     }
 };

@@ -168,7 +168,10 @@ inline float quantSplit(float v, float invStep, float a, float t)
     const float n = float(cvtTrunc(v * invStep));
     const float q0 = n * a;
     const float r = v - q0;
-    return r > t ? q0 + a : q0;
+    // q0 plus a masked by the test: adding zero leaves q0 as it is, and no
+    // branch waits for the comparison.
+    const __m128 up = _mm_and_ps(_mm_cmpgt_ss(_mm_set_ss(r), _mm_set_ss(t)), _mm_set_ss(a));
+    return _mm_cvtss_f32(_mm_add_ss(_mm_set_ss(q0), up));
 }
 
 inline float quantFused(float v, float invStep, float a, float t)

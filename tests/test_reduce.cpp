@@ -242,23 +242,28 @@ TEST(ReduceDiffusion, ValuesItMustGive)
 // ---------------------------------------------------------------------------
 // Vector paths against scalar forms, every pair and layout, plain and noise.
 
-// Over the standard geometries: the plain quantiser, ordered dither and
-// ordered dither with noise, each as a vector run and a scalar-form run.
+// Over the standard geometries: every method, with and without noise, as a
+// vector run and a scalar-form run (for error diffusion: four rows at once
+// against one row at a time).
 template <class S, class D>
 void sweepPair(Fn<S, D> c1, Fn<S, D> c3, Fn<S, D> ac4, Fn<S, D> c4, int levels)
 {
     const std::pair<Fn<S, D>, int> fns[] = {{c1, 1}, {c3, 3}, {ac4, 4}, {c4, 4}};
-    std::vector<uint8_t> buf(6400);
     std::mt19937 rng(12345);
     ThreadCount one(1);  // threads have their own test; regions cost here
-    for (const Geometry& g : standardSweep(int(sizeof(S) * sizeof(D)))) {
+    std::vector<Geometry> geometries = standardSweep(int(sizeof(S) * sizeof(D)));
+    for (int w : {1, 2, 3, 6, 17, 300})  // taller: several groups of four rows
+        geometries.push_back({w, 11, 0, 2 * int(sizeof(S) * sizeof(D)), w % 2 == 0, 0});
+    for (const Geometry& g : geometries) {
         for (auto [f, ch] : fns) {
             SCOPED_TRACE(testing::Message() << g.str() << ", " << ch << " channels");
             GuardedImage src = makeImage(g.width, g.height, ch * sizeof(S), g.srcPad, g.negative, g.endSlack);
             GuardedImage dv = makeImage(g.width, g.height, ch * sizeof(D), g.dstPad, g.negative, g.endSlack);
             GuardedImage ds = makeImage(g.width, g.height, ch * sizeof(D), g.dstPad, g.negative, g.endSlack);
             fillTypical<S>(src, rng);
-            for (auto [dtype, noise] : {std::pair{0, 0}, std::pair{4, 0}, std::pair{4, 37}}) {
+            for (auto [dtype, noise] : {std::pair{0, 0}, std::pair{4, 0}, std::pair{4, 37}, std::pair{1, 0},
+                                        std::pair{2, 0}, std::pair{3, 25}, std::pair{1, 60}}) {
+                auto buf = workBuffer(ch, g.width, noise, dtype);
                 auto call = [&](GuardedImage& d) {
                     return f(src.data<S>(), src.step(), d.data<D>(), d.step(), {g.width, g.height}, noise, dtype,
                              levels, buf.data() + 1);

@@ -101,16 +101,12 @@ struct BayerRow {
     __m256 threshold8(int x) const
     {
         if constexpr (Noise) {
-            const __m256i xs = _mm256_add_epi32(_mm256_set1_epi32(x), _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7));
-            const __m256i m = _mm256_set1_epi32(1023);
-            // 32-bit gathers of the 16-bit column offsets, low halves kept;
-            // the last entry reads two bytes of the buffer beyond the table.
-            const __m256i off = _mm256_and_si256(
-                _mm256_i32gather_epi32(reinterpret_cast<const int*>(noise.index), _mm256_and_si256(xs, m), 2),
-                _mm256_set1_epi32(0xFFFF));
-            const __m256i i = _mm256_and_si256(_mm256_add_epi32(_mm256_add_epi32(off, _mm256_set1_epi32(2 * y)), xs), m);
-            const __m256 u = _mm256_i32gather_ps(noise.noise, i, 4);
-            return _mm256_mul_ps(_mm256_set1_ps(step), _mm256_add_ps(_mm256_loadu_ps(rowK + (x & 3)), u));
+            // The table lookups by position, one pixel at a time; the
+            // thresholds are formed eight at a time.
+            alignas(32) float u[8];
+            for (int k = 0; k < 8; ++k)
+                u[k] = noise.at(x + k, y);
+            return _mm256_mul_ps(_mm256_set1_ps(step), _mm256_add_ps(_mm256_loadu_ps(rowK + (x & 3)), _mm256_load_ps(u)));
         } else {
             return _mm256_loadu_ps(rowT + (x & 3));
         }

@@ -113,7 +113,36 @@ template <> struct NoneForms<float, uint8_t>     { static constexpr bool kFused 
 template <> struct NoneForms<float, uint16_t>    { static constexpr bool kFused = false; static constexpr int kGroup = 0; };
 template <> struct NoneForms<float, int16_t>     { static constexpr bool kFused = true;  static constexpr int kGroup = 4; };
 
-// C1, C3, C4: a row is width * channels elements.
+// A byte-to-byte table of 256 entries applied to 32 bytes at a time: the
+// low nibble picks an entry in each of the sixteen 16-entry parts, and the
+// four high bits choose among the parts.
+struct ByteTable {
+    __m256i part[16];
+
+    explicit ByteTable(const uint8_t (&t)[256])
+    {
+        for (int h = 0; h < 16; ++h)
+            part[h] = _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(t + 16 * h)));
+    }
+
+    __m256i operator()(__m256i x) const
+    {
+        const __m256i lo = _mm256_and_si256(x, _mm256_set1_epi8(0x0F));
+        __m256i r[16];
+        for (int h = 0; h < 16; ++h)
+            r[h] = _mm256_shuffle_epi8(part[h], lo);
+        // blendv looks at bit 7 of each byte: bring bits 4, 5, 6 there.
+        for (int bit = 4, n = 8; bit < 8; ++bit, n /= 2) {
+            const __m256i m = bit == 7 ? x : _mm256_slli_epi16(x, 7 - bit);
+            for (int h = 0; h < n; ++h)
+                r[h] = _mm256_blendv_epi8(r[2 * h], r[2 * h + 1], m);
+        }
+        return r[0];
+    }
+};
+
+// C1, C3, C4: a row is width * channels elements. On bytes the block form
+// is a table of its 256 results, built once per call.
 template <class S, class D>
 struct NoneFlat {
     using Src = S;
@@ -122,7 +151,9 @@ struct NoneFlat {
     static constexpr int kDstPix = 1;
     static constexpr bool kFused = NoneForms<S, D>::kFused;
     static constexpr int kGroup = NoneForms<S, D>::kGroup;
+    static constexpr bool kTable = std::is_same_v<S, uint8_t>;
     NoneParams p;
+    const ByteTable* table = nullptr;
 
     Span span(int count, const D*) const { return {0, kGroup ? count / kGroup * kGroup : count}; }
     void block(const S* s, D* d) const { store(d, noneElem<S, D, kFused>(load(s), p)); }
@@ -130,6 +161,10 @@ struct NoneFlat {
     void vector(const S* s, D* d, int n) const
     {
         int i = 0;
+        if constexpr (kTable)
+            for (; i + 32 <= n; i += 32)
+                _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + i),
+                                    (*table)(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + i))));
         for (; i + 8 <= n; i += 8)
             store8(d + i, none8<S, D, kFused>(s + i, p));
         for (; i < n; ++i)
@@ -170,11 +205,22 @@ OrvStatus reduceNone(const S* src, D* dst, const Call& c)
 {
     const NoneParams p{c.L, 1.0f / c.L, 0.5f / c.L};
     // Byte steps as given; one serial loop over the rows.
-    if (c.layout == Layout::AC4)
+    if (c.layout == Layout::AC4) {
         rowsSerial(NoneAlpha<S, D>{p}, src, c.srcStep, dst, c.dstStep, c.roi.width, c.roi.height);
-    else
-        rowsSerial(NoneFlat<S, D>{p}, src, c.srcStep, dst, c.dstStep, c.roi.width * channels(c.layout),
-                   c.roi.height);
+        return orvStatusOk;
+    }
+    NoneFlat<S, D> k{p};
+    if constexpr (NoneFlat<S, D>::kTable) {
+        uint8_t results[256];
+        for (int v = 0; v < 256; ++v)
+            results[v] = noneElem<S, D, NoneFlat<S, D>::kFused>(S(v), p);
+        static_assert(std::is_same_v<D, uint8_t>);
+        const ByteTable table(results);
+        k.table = &table;
+        rowsSerial(k, src, c.srcStep, dst, c.dstStep, c.roi.width * channels(c.layout), c.roi.height);
+    } else {
+        rowsSerial(k, src, c.srcStep, dst, c.dstStep, c.roi.width * channels(c.layout), c.roi.height);
+    }
     return orvStatusOk;
 }
 

@@ -14,12 +14,9 @@
 // section run one after the other without clearing the block. The section
 // plan follows the thread count, and with it the output of images with more
 // than one channel.
-#include <omp.h>
-
 #include <algorithm>
 
 #include "frame/driver.h"
-#include "orvcore.h"
 #include "reduce/reduce.h"
 
 namespace h9::reduce {
@@ -162,12 +159,13 @@ struct Diffuser {
         advance(r, rows);
     }
 
-    // kWave rows as a wavefront: each row runs kLag pixels behind the one
-    // above, which is as far as its gather reaches to the right, and as
-    // little as the error rows allow, since a row overwrites the entries of
-    // the row two (three) above that the row between has already read. Every
-    // pixel sees exactly the values it sees in the plain loop, and the
-    // dependency chains of the rows overlap.
+    // kWave rows as a wavefront, the rows of a step visited top to bottom.
+    // Each row runs kLag pixels behind the one above, one more than its
+    // gather reaches to the right, so that it needs nothing the row above
+    // computes in the same step and the dependency chains of the rows
+    // overlap. A row overwrites entries of the row two (three) above only
+    // behind the pixels that the row between still has to gather, so every
+    // pixel sees exactly the values of the plain loop.
     static constexpr int kLag = kFs ? 2 : 3;
     static constexpr int kWave = 8;
     void rowsWave(const S* src, int srcStep, D* dst, int dstStep, int width, int y0, float* r[3]) const
@@ -252,12 +250,7 @@ void diffuse(const S* src, D* dst, const Call& c, const NoiseTables& nt, float* 
         k.section(src, ss, dst, ds, c.roi, blocks, 0, 1);
         return;
     }
-    int threads = 1;
-#pragma omp parallel num_threads(ownGetNumThreads())
-    {
-#pragma omp master
-        threads = omp_get_num_threads();
-    }
+    int threads = regionThreads();
     if (ch == 3 && threads >= 4)
         threads -= 1;
     const Plan plan = sectionPlan(ch, threads);

@@ -228,9 +228,6 @@ OrvStatus reduceNone(const S* src, D* dst, const Call& c)
 ORV_REDUCE_PAIRS(X)
 #undef X
 
-namespace {
-
-// The thread count a region really gets, as the work buffer is sized for.
 int regionThreads()
 {
     int t = 1;
@@ -241,6 +238,8 @@ int regionThreads()
     }
     return t;
 }
+
+namespace {
 
 template <class S, class D>
 OrvStatus front(const S* src, int srcStep, D* dst, int dstStep, RoiSize roi, int noise, int dtype, int levels,

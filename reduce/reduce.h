@@ -288,6 +288,10 @@ OrvStatus reduceBayer(const S* src, D* dst, const Call& c);
 template <class S, class D>
 OrvStatus reduceDiffusion(const S* src, D* dst, const Call& c, int code);
 
+// The thread count that a region opened with ownGetNumThreads() threads
+// really gets.
+int regionThreads();
+
 // Element steps of the element-step drivers: the byte step shifted right
 // arithmetically by the element size, so that the sign stays and a
 // remainder is dropped, then back to bytes.

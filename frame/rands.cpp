@@ -81,10 +81,13 @@ OrvStatus draw(Out* dst, int length, void* state, int32_t id, Conv conv)
         return orvStatusNullPointer;
     if (length < 1)
         return orvStatusBadSize;
+    // The id word first: a record of the other kind may be shorter.
+    int32_t word;
+    std::memcpy(&word, state, sizeof word);
+    if (word != id)
+        return orvStatusBadContext;
     Record<Limit> r;
     std::memcpy(&r, state, sizeof r);
-    if (r.id != id)
-        return orvStatusBadContext;
     for (int i = 0; i < length; ++i)
         dst[i] = conv(step(r));
     std::memcpy(state, &r, sizeof r);

@@ -1,0 +1,301 @@
+// Error diffusion: Floyd-Steinberg, Jarvis-Judice-Ninke and Stucki, with or
+// without noise.
+//
+// Each pixel gathers the quantisation errors that already visited pixels
+// give away (the row above, or the two rows above, and the pixels to its
+// left), adds them to its domain value, and is quantised with the step
+// quantiser in the split form; the new error v - q goes to the current error
+// row. A value at or above the top of the domain, or below `low`, saturates
+// and passes on no error at all.
+//
+// Every pixel depends on its left neighbour and on the rows above, so rows
+// cannot run apart. Channels can: they are grouped into sections, a section
+// runs on one thread with its own block of error rows, and the channels of a
+// section run one after the other without clearing the block. The section
+// plan follows the thread count, and with it the output of images with more
+// than one channel.
+#include <algorithm>
+
+#include "frame/driver.h"
+#include "reduce/reduce.h"
+
+namespace h9::reduce {
+namespace {
+
+enum class Method { FloydSteinberg = 1, JarvisJudiceNinke = 2, Stucki = 3 };
+
+// Error rows of one section: Floyd-Steinberg keeps two rows of width + 2
+// floats (one margin float at each end), the wider kernels three rows of
+// width + 4 (two margin floats). The margins are cleared and never written,
+// so errors carried past the edges are lost.
+constexpr int rowCount(Method m) { return m == Method::FloydSteinberg ? 2 : 3; }
+constexpr int margin(Method m) { return m == Method::FloydSteinberg ? 1 : 2; }
+inline std::size_t blockFloats(Method m, int width)
+{
+    return std::size_t(rowCount(m)) * (std::size_t(width) + 2 * margin(m));
+}
+
+// Weights of the two wider kernels, from x-2 to x+2 in the row above
+// (`near`) and two rows above (`far`), and at x-2, x-1 in the current row.
+struct WideWeights {
+    float near[5];
+    float far[5];
+    float cur[2];
+    float scale;
+};
+constexpr WideWeights kJarvis = {{3, 5, 7, 5, 3}, {1, 3, 5, 3, 1}, {5, 7}, 1.0f / 48.0f};
+constexpr WideWeights kStucki = {{2, 4, 8, 4, 2}, {1, 2, 4, 2, 1}, {4, 8}, 1.0f / 42.0f};
+
+template <class S, class D, Method M, bool Noise>
+struct Diffuser {
+    static constexpr bool kFs = M == Method::FloydSteinberg;
+    // Floyd-Steinberg on 16s-to-8u and float sources gathers with fused
+    // steps, and its output adds one half before truncating.
+    static constexpr bool kFusedGather = std::is_same_v<S, float> || (std::is_same_v<S, int16_t> && sizeof(D) == 1);
+    static constexpr Out kOut = kFs ? Out::Half : Out::Exact;
+    // Floyd-Steinberg on float sources treats values below 2^-23 as zero.
+    static constexpr float kLow = kFs && std::is_same_v<S, float> ? 1.1920929e-7f : 0.0f;
+
+    float step;
+    float invStep;
+    float half;  // the plain threshold, half a step
+    NoiseTables noise;
+    int pixStride;  // elements between pixels
+
+    // The gathered value of pixel x. `up` is the row above (Floyd-Steinberg)
+    // or {near, far}; entries at negative indexes are margins.
+    float gather(float s, const float* prev, const float* far, const float* cur, int x) const
+    {
+        if constexpr (kFs) {
+            if constexpr (kFusedGather) {
+                float a = 5.0f * prev[x];
+                a = fmaf32(3.0f, prev[x + 1], a);
+                a = a + prev[x - 1];
+                a = fmaf32(7.0f, cur[x - 1], a);
+                return fmaf32(0.0625f, a, s);
+            } else {
+                float a = 3.0f * prev[x + 1] + prev[x - 1];
+                a = a + 5.0f * prev[x];
+                a = a + 7.0f * cur[x - 1];
+                return s + 0.0625f * a;
+            }
+        } else {
+            constexpr const WideWeights& w = M == Method::JarvisJudiceNinke ? kJarvis : kStucki;
+            const float* near = prev;
+            float p[4];
+            for (int k = 0; k < 4; ++k) {
+                p[k] = w.near[k] * near[x - 2 + k];
+                p[k] = fmaf32(w.far[k], far[x - 2 + k], p[k]);
+                if (k < 2)
+                    p[k] = fmaf32(w.cur[k], cur[x - 2 + k], p[k]);
+            }
+            float b = (p[0] + p[2]) + (p[1] + p[3]);
+            b = b + far[x + 2];
+            b = b + w.near[4] * near[x + 2];
+            return s + w.scale * b;
+        }
+    }
+
+    // One pixel of one channel; `src` and `dst` point at the row's first
+    // element of the channel.
+    void pixel(const S* src, D* dst, int x, int y, const float* prev, const float* far, float* cur) const
+    {
+        const float v = gather(Domain<S>::value(load(src + x * pixStride)), prev, far, cur, x);
+        D out;
+        float e;
+        if (v >= Domain<S>::kTop) {
+            out = D(Dest<D>::kHigh);
+            e = 0.0f;
+        } else if (v < kLow) {
+            out = D(Dest<D>::kLow);
+            e = 0.0f;
+        } else {
+            const float t = Noise ? noise.at(x, y) : half;
+            const float q = quantSplit(v, invStep, step, t);
+            e = v - q;
+            out = Dest<D>::sat(level<S, D, kOut>(q));
+        }
+        cur[x] = e;
+        store(dst + x * pixStride, out);
+    }
+
+    // The error rows of the k-th row from now, with r in the roles of the
+    // current row: Floyd-Steinberg swaps two rows, the others rotate three.
+    struct Roles {
+        const float* prev;  // row above (near)
+        const float* far;   // two rows above
+        float* cur;
+    };
+    static Roles roles(float* const r[3], int k)
+    {
+        if constexpr (kFs)
+            return {r[k & 1], nullptr, r[(k + 1) & 1]};
+        else
+            return {r[(k + 1) % 3], r[k % 3], r[(k + 2) % 3]};
+    }
+    static void advance(float* r[3], int rows)
+    {
+        const Roles a = roles(r, rows);
+        if constexpr (kFs) {
+            r[0] = const_cast<float*>(a.prev);
+            r[1] = a.cur;
+        } else {
+            r[0] = const_cast<float*>(a.far);
+            r[1] = const_cast<float*>(a.prev);
+            r[2] = a.cur;
+        }
+    }
+
+    // Rows one after the other: the plain form of the loop.
+    void rowsPlain(const S* src, int srcStep, D* dst, int dstStep, int width, int y0, int rows, float* r[3]) const
+    {
+        for (int k = 0; k < rows; ++k) {
+            const Roles a = roles(r, k);
+            const S* s = rowAt(src, srcStep, y0 + k);
+            D* d = rowAt(dst, dstStep, y0 + k);
+            for (int x = 0; x < width; ++x)
+                pixel(s, d, x, y0 + k, a.prev, a.far, a.cur);
+        }
+        advance(r, rows);
+    }
+
+    // kWave rows as a wavefront, the rows of a step visited top to bottom.
+    // Each row runs kLag pixels behind the one above, one more than its
+    // gather reaches to the right, so that it needs nothing the row above
+    // computes in the same step and the dependency chains of the rows
+    // overlap. A row overwrites entries of the row two (three) above only
+    // behind the pixels that the row between still has to gather, so every
+    // pixel sees exactly the values of the plain loop.
+    static constexpr int kLag = kFs ? 2 : 3;
+    static constexpr int kWave = 8;
+    void rowsWave(const S* src, int srcStep, D* dst, int dstStep, int width, int y0, float* r[3]) const
+    {
+        Roles a[kWave];
+        const S* s[kWave];
+        D* d[kWave];
+        for (int k = 0; k < kWave; ++k) {
+            a[k] = roles(r, k);
+            s[k] = rowAt(src, srcStep, y0 + k);
+            d[k] = rowAt(dst, dstStep, y0 + k);
+        }
+        auto step = [&](int j) {
+            for (int k = 0; k < kWave; ++k) {
+                const int x = j - k * kLag;
+                if (x >= 0 && x < width)
+                    pixel(s[k], d[k], x, y0 + k, a[k].prev, a[k].far, a[k].cur);
+            }
+        };
+        // Filling, all rows under way, draining.
+        const int full = (kWave - 1) * kLag;
+        int j = 0;
+        for (; j < std::min(full, width); ++j)
+            step(j);
+        for (; j < width; ++j)
+            for (int k = 0; k < kWave; ++k)
+                pixel(s[k], d[k], j - k * kLag, y0 + k, a[k].prev, a[k].far, a[k].cur);
+        for (; j < width + full; ++j)
+            step(j);
+        advance(r, kWave);
+    }
+
+    // A section: its block cleared, then its channels in order, each from
+    // row 0, the error rows changing roles after every row.
+    void section(const S* src, int srcStep, D* dst, int dstStep, RoiSize roi, float* block, int first,
+                 int count) const
+    {
+        const int w = roi.width;
+        std::fill(block, block + blockFloats(M, w), 0.0f);
+        const int per = w + 2 * margin(M);
+        float* r[3] = {block + margin(M), block + margin(M) + per, block + margin(M) + 2 * per};
+        for (int c = first; c < first + count; ++c) {
+            int y = 0;
+            if (!g_scalarBlocks)
+                for (; y + kWave <= roi.height; y += kWave)
+                    rowsWave(src + c, srcStep, dst + c, dstStep, w, y, r);
+            rowsPlain(src + c, srcStep, dst + c, dstStep, w, y, roi.height - y, r);
+        }
+    }
+};
+
+// Sections of a three- or four-channel image for a thread count: first
+// channel and channel count of each.
+struct Plan {
+    int count;
+    int first[4];
+    int channels[4];
+};
+
+Plan sectionPlan(int ch, int threads)
+{
+    if (threads <= 1)
+        return {1, {0}, {ch}};
+    if (ch == 3)
+        return threads == 2 ? Plan{2, {0, 2}, {2, 1}} : Plan{3, {0, 1, 2}, {1, 1, 1}};
+    if (threads == 2)
+        return {2, {0, 2}, {2, 2}};
+    if (threads == 3)
+        return {3, {0, 2, 3}, {2, 1, 1}};
+    return {4, {0, 1, 2, 3}, {1, 1, 1, 1}};
+}
+
+template <class S, class D, Method M, bool Noise>
+void diffuse(const S* src, D* dst, const Call& c, const NoiseTables& nt, float* blocks)
+{
+    const Diffuser<S, D, M, Noise> k{Domain<S>::step(c.L), Domain<S>::invStep(c.L), Domain<S>::step(c.L) * 0.5f, nt,
+                                     stride(c.layout)};
+    const int ss = wholeElements<S>(c.srcStep), ds = wholeElements<D>(c.dstStep);
+    const int ch = channels(c.layout);
+    const std::size_t perBlock = blockFloats(M, c.roi.width);
+    if (ch == 1) {
+        k.section(src, ss, dst, ds, c.roi, blocks, 0, 1);
+        return;
+    }
+    int threads = regionThreads();
+    if (ch == 3 && threads >= 4)
+        threads -= 1;
+    const Plan plan = sectionPlan(ch, threads);
+    if (plan.count == 1) {
+        k.section(src, ss, dst, ds, c.roi, blocks, 0, ch);
+        return;
+    }
+#pragma omp parallel for schedule(static) num_threads(plan.count)
+    for (int i = 0; i < plan.count; ++i)
+        k.section(src, ss, dst, ds, c.roi, blocks + i * perBlock, plan.first[i], plan.channels[i]);
+}
+
+template <class S, class D, bool Noise>
+void byMethod(const S* src, D* dst, const Call& c, int code, const NoiseTables& nt, float* blocks)
+{
+    if (code == 1)
+        diffuse<S, D, Method::FloydSteinberg, Noise>(src, dst, c, nt, blocks);
+    else if (code == 2)
+        diffuse<S, D, Method::JarvisJudiceNinke, Noise>(src, dst, c, nt, blocks);
+    else
+        diffuse<S, D, Method::Stucki, Noise>(src, dst, c, nt, blocks);
+}
+
+}  // namespace
+
+template <class S, class D>
+OrvStatus reduceDiffusion(const S* src, D* dst, const Call& c, int code)
+{
+    if (!c.buffer)
+        return orvStatusNullPointer;
+    if (c.noise == 0) {
+        byMethod<S, D, false>(src, dst, c, code, NoiseTables{}, reinterpret_cast<float*>(alignedStart(c.buffer)));
+        return orvStatusOk;
+    }
+    // Thresholds in the domain, from (50 - noise) to (50 + noise) percent of
+    // a step above the level below.
+    const float step = Domain<S>::step(c.L);
+    const float n = float(int32_t(c.noise));
+    const NoiseTables nt = drawNoise(c.buffer, (50.0f - n) * step / 100.0f, (50.0f + n) * step / 100.0f);
+    byMethod<S, D, true>(src, dst, c, code, nt, nt.errorRows);
+    return orvStatusOk;
+}
+
+#define X(S, D) template OrvStatus reduceDiffusion<S, D>(const S*, D*, const Call&, int);
+ORV_REDUCE_PAIRS(X)
+#undef X
+
+}  // namespace h9::reduce

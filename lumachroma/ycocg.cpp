@@ -69,11 +69,11 @@ using namespace h9::ycocg;
 // ---- plain ------------------------------------------------------------------
 ORV_FRONT(orviBGRToYCoCg_8u16s_C3P3R)(const Orv8u* pSrc, int srcStep, Orv16s* pDst[3], int dstStep, RoiSize roiSize)
 {
-    return toPlanes<PlainForward, Lanes16, 3>(pSrc, srcStep, pDst, dstStep, roiSize, kDstFirst);
+    return toPlanes<PlainForward, Pair16, 3>(pSrc, srcStep, pDst, dstStep, roiSize, kDstFirst);
 }
 ORV_FRONT(orviBGRToYCoCg_8u16s_C4P3R)(const Orv8u* pSrc, int srcStep, Orv16s* pDst[3], int dstStep, RoiSize roiSize)
 {
-    return toPlanes<PlainForward, Lanes16, 4>(pSrc, srcStep, pDst, dstStep, roiSize, kDstFirst);
+    return toPlanes<PlainForward, Pair16, 4>(pSrc, srcStep, pDst, dstStep, roiSize, kDstFirst);
 }
 // The sums of 16-bit samples need 18 bits before the shift: 32-bit lanes.
 ORV_FRONT(orviSBGRToYCoCg_16s_C3P3R)(const Orv16s* pSrc, int srcStep, Orv16s* pDst[3], int dstStep, RoiSize roiSize)
@@ -98,12 +98,12 @@ ORV_FRONT(orviSBGRToYCoCg_16s32s_C4P3R)(const Orv16s* pSrc, int srcStep, Orv32s*
 ORV_FRONT(orviYCoCgToBGR_16s8u_P3C3R)(const Orv16s* const pSrc[3], int srcStep, Orv8u* pDst, int dstStep,
                                       RoiSize roiSize)
 {
-    return fromPlanes<PlainInverse, Lanes16, 3>(pSrc, srcStep, pDst, dstStep, roiSize, kUnsized);
+    return fromPlanes<PlainInverse, Pair16, 3>(pSrc, srcStep, pDst, dstStep, roiSize, kUnsized);
 }
 ORV_FRONT(orviYCoCgToBGR_16s8u_P3C4R)(const Orv16s* const pSrc[3], int srcStep, Orv8u* pDst, int dstStep,
                                       RoiSize roiSize, Orv8u alpha)
 {
-    return fromPlanes<PlainInverse, Lanes16, 4>(pSrc, srcStep, pDst, dstStep, roiSize, kUnsized, alpha);
+    return fromPlanes<PlainInverse, Pair16, 4>(pSrc, srcStep, pDst, dstStep, roiSize, kUnsized, alpha);
 }
 ORV_FRONT(orviYCoCgToSBGR_16s_P3C3R)(const Orv16s* const pSrc[3], int srcStep, Orv16s* pDst, int dstStep,
                                      RoiSize roiSize)
@@ -130,12 +130,12 @@ ORV_FRONT(orviYCoCgToSBGR_32s16s_P3C4R)(const Orv32s* const pSrc[3], int srcStep
 ORV_FRONT(orviBGRToYCoCg_Rev_8u16s_C3P3R)(const Orv8u* pSrc, int srcStep, Orv16s* pDst[3], int dstStep,
                                           RoiSize roiSize)
 {
-    return toPlanes<LiftForward<int16_t>, Lanes16, 3>(pSrc, srcStep, pDst, dstStep, roiSize, kDstFirst);
+    return toPlanes<LiftForward<int16_t>, Pair16, 3>(pSrc, srcStep, pDst, dstStep, roiSize, kDstFirst);
 }
 ORV_FRONT(orviBGRToYCoCg_Rev_8u16s_C4P3R)(const Orv8u* pSrc, int srcStep, Orv16s* pDst[3], int dstStep,
                                           RoiSize roiSize)
 {
-    return toPlanes<LiftForward<int16_t>, Lanes16, 4>(pSrc, srcStep, pDst, dstStep, roiSize, kDstFirst);
+    return toPlanes<LiftForward<int16_t>, Pair16, 4>(pSrc, srcStep, pDst, dstStep, roiSize, kDstFirst);
 }
 ORV_FRONT(orviSBGRToYCoCg_Rev_16s_C3P3R)(const Orv16s* pSrc, int srcStep, Orv16s* pDst[3], int dstStep,
                                          RoiSize roiSize)
@@ -161,12 +161,12 @@ ORV_FRONT(orviSBGRToYCoCg_Rev_16s32s_C4P3R)(const Orv16s* pSrc, int srcStep, Orv
 ORV_FRONT(orviYCoCgToBGR_Rev_16s8u_P3C3R)(const Orv16s* const pSrc[3], int srcStep, Orv8u* pDst, int dstStep,
                                           RoiSize roiSize)
 {
-    return fromPlanes<LiftInverse, Lanes16, 3>(pSrc, srcStep, pDst, dstStep, roiSize, kUnsized);
+    return fromPlanes<LiftInverse, Pair16, 3>(pSrc, srcStep, pDst, dstStep, roiSize, kUnsized);
 }
 ORV_FRONT(orviYCoCgToBGR_Rev_16s8u_P3C4R)(const Orv16s* const pSrc[3], int srcStep, Orv8u* pDst, int dstStep,
                                           RoiSize roiSize, Orv8u alpha)
 {
-    return fromPlanes<LiftInverse, Lanes16, 4>(pSrc, srcStep, pDst, dstStep, roiSize, kUnsized, alpha);
+    return fromPlanes<LiftInverse, Pair16, 4>(pSrc, srcStep, pDst, dstStep, roiSize, kUnsized, alpha);
 }
 ORV_FRONT(orviYCoCgToSBGR_Rev_16s_P3C3R)(const Orv16s* const pSrc[3], int srcStep, Orv16s* pDst, int dstStep,
                                          RoiSize roiSize)
@@ -193,9 +193,9 @@ ORV_FRONT(orviYCoCgToSBGR_Rev_32s16s_P3C4R)(const Orv32s* const pSrc[3], int src
 // ---- byte planes, chroma biased by 128 (R, G, B pixels) --------------------
 ORV_FRONT(orviRGBToYCoCg_8u_C3P3R)(const Orv8u* pSrc, int srcStep, Orv8u* pDst[3], int dstStep, RoiSize roiSize)
 {
-    return toPlanes<BiasedForward, Lanes16, 3, false>(pSrc, srcStep, pDst, dstStep, roiSize, kSized);
+    return toPlanes<BiasedForward, Bytes, 3, false>(pSrc, srcStep, pDst, dstStep, roiSize, kSized);
 }
 ORV_FRONT(orviYCoCgToRGB_8u_P3C3R)(const Orv8u* const pSrc[3], int srcStep, Orv8u* pDst, int dstStep, RoiSize roiSize)
 {
-    return fromPlanes<BiasedInverse, Lanes16, 3, false>(pSrc, srcStep, pDst, dstStep, roiSize, kUnsized);
+    return fromPlanes<BiasedInverse, Unpacked16, 3, false>(pSrc, srcStep, pDst, dstStep, roiSize, kUnsized);
 }

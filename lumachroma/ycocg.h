@@ -21,13 +21,16 @@
 // the lifting pair is exact modulo 2^16 for every input.
 //
 // Each transform is written once, over a number type: 64-bit integers for
-// the scalar form (one pixel), 16 pixels in 16-bit lanes, whose wrapping sums
-// are the low 16 bits of the exact ones, or 16 pixels in 32-bit lanes where a
-// shift needs the bits above the sixteenth. A member uses 16-bit lanes only
-// where every shifted value is exact in 16 bits or is taken as a 16-bit
-// value by definition, so the vector path and the scalar form agree for
-// every input, and a row can split between them anywhere: whole blocks of 16
-// pixels go through the vector path, the rest through the scalar form.
+// the scalar form (one pixel), or vectors of one channel of 16 or 32 pixels
+// in 16-bit lanes, whose wrapping sums are the low 16 bits of the exact
+// ones, or in 32-bit lanes where a shift needs the bits above the sixteenth.
+// A member uses 16-bit lanes only where every shifted value is exact in 16
+// bits or is taken as a 16-bit value by definition, so the vector path and
+// the scalar form agree for every input, and a row can split between them
+// anywhere: whole vectors go through the vector path, the rest of the row
+// through the scalar form. Members with byte pixels move 32 pixels a step;
+// the biased forward transform, all of whose results are bytes, also has a
+// form on bytes.
 #pragma once
 
 #include <immintrin.h>
@@ -49,8 +52,11 @@ namespace h9::ycocg {
 // values overflows.
 using Int = int64_t;
 
-// 16 pixels of one channel in 16-bit lanes, pixel order; sums wrap.
+// A vector type holds kPixels pixels of one channel, in pixel order.
+
+// 16 pixels in 16-bit lanes; sums wrap.
 struct Lanes16 {
+    static constexpr int kPixels = 16;
     __m256i v;
 };
 inline Lanes16 operator+(Lanes16 a, Lanes16 b) { return {_mm256_add_epi16(a.v, b.v)}; }
@@ -58,8 +64,29 @@ inline Lanes16 operator-(Lanes16 a, Lanes16 b) { return {_mm256_sub_epi16(a.v, b
 inline Lanes16 operator+(Lanes16 a, int k) { return {_mm256_add_epi16(a.v, _mm256_set1_epi16(int16_t(k)))}; }
 inline Lanes16 operator>>(Lanes16 a, int n) { return {_mm256_srai_epi16(a.v, n)}; }
 
-// 16 pixels of one channel in 32-bit lanes: pixels 0-7, then 8-15.
+// 32 pixels in 16-bit lanes, as two vectors of 16: in pixel order (lo
+// pixels 0-15, hi 16-31) where they meet 16-bit memory; where bytes are
+// read and written on both sides, in the order of the byte unpacks (lo
+// pixels 0-7 and 16-23, hi 8-15 and 24-31), which packuswb puts back.
+template <bool Unpacked>
+struct Pair {
+    static constexpr int kPixels = 32;
+    Lanes16 lo, hi;
+};
+template <bool U>
+inline Pair<U> operator+(Pair<U> a, Pair<U> b) { return {a.lo + b.lo, a.hi + b.hi}; }
+template <bool U>
+inline Pair<U> operator-(Pair<U> a, Pair<U> b) { return {a.lo - b.lo, a.hi - b.hi}; }
+template <bool U>
+inline Pair<U> operator+(Pair<U> a, int k) { return {a.lo + k, a.hi + k}; }
+template <bool U>
+inline Pair<U> operator>>(Pair<U> a, int n) { return {a.lo >> n, a.hi >> n}; }
+using Pair16 = Pair<false>;
+using Unpacked16 = Pair<true>;
+
+// 16 pixels in 32-bit lanes: pixels 0-7, then 8-15.
 struct Lanes32 {
+    static constexpr int kPixels = 16;
     __m256i lo, hi;
 };
 inline Lanes32 operator+(Lanes32 a, Lanes32 b) { return {_mm256_add_epi32(a.lo, b.lo), _mm256_add_epi32(a.hi, b.hi)}; }
@@ -71,29 +98,54 @@ inline Lanes32 operator+(Lanes32 a, int k)
 }
 inline Lanes32 operator>>(Lanes32 a, int n) { return {_mm256_srai_epi32(a.lo, n), _mm256_srai_epi32(a.hi, n)}; }
 
-// Sign-extends 16-bit lanes to 32 bits, and keeps the low 16 bits of 32-bit
-// lanes.
+// 32 pixels of unsigned bytes. Only the biased forward transform, whose
+// every result is a byte, has a form on them (see there); no operators.
+struct Bytes {
+    static constexpr int kPixels = 32;
+    __m256i v;
+};
+
+// Conversions between the vector types and the two ways channels come out
+// of memory: 32 bytes, or 16 signed 16-bit elements.
 inline Lanes32 widen(Lanes16 a)
 {
     return {_mm256_cvtepi16_epi32(_mm256_castsi256_si128(a.v)), _mm256_cvtepi16_epi32(_mm256_extracti128_si256(a.v, 1))};
 }
-inline Lanes16 low16(Lanes32 a)
+
+template <class N>
+inline N fromWords(__m256i v)
 {
-    const __m256i m = _mm256_set1_epi32(0xffff);
-    const __m256i p = _mm256_packus_epi32(_mm256_and_si256(a.lo, m), _mm256_and_si256(a.hi, m));
-    return {_mm256_permute4x64_epi64(p, 0xD8)};
+    if constexpr (std::is_same_v<N, Lanes16>)
+        return {v};
+    else
+        return widen(Lanes16{v});
 }
 
 template <class N>
-inline N as(Lanes16 a)
+inline N fromBytes(__m256i v)
 {
-    if constexpr (std::is_same_v<N, Lanes16>)
-        return a;
+    const __m256i z = _mm256_setzero_si256();
+    if constexpr (std::is_same_v<N, Bytes>)
+        return {v};
+    else if constexpr (std::is_same_v<N, Unpacked16>)
+        return {{_mm256_unpacklo_epi8(v, z)}, {_mm256_unpackhi_epi8(v, z)}};
     else
-        return widen(a);
+        return {{_mm256_cvtepu8_epi16(_mm256_castsi256_si128(v))}, {_mm256_cvtepu8_epi16(_mm256_extracti128_si256(v, 1))}};
 }
-inline Lanes16 as16(Lanes16 a) { return a; }
-inline Lanes16 as16(Lanes32 a) { return low16(a); }
+
+// The low 16 bits of each value.
+inline __m256i toWords(Lanes16 a) { return a.v; }
+inline __m256i toWords(Lanes32 a)
+{
+    const __m256i m = _mm256_set1_epi32(0xffff);
+    const __m256i p = _mm256_packus_epi32(_mm256_and_si256(a.lo, m), _mm256_and_si256(a.hi, m));
+    return _mm256_permute4x64_epi64(p, 0xD8);
+}
+
+// Each 16-bit value saturated to 0..255 (packuswb), in pixel order.
+inline __m256i toBytes(Bytes a) { return a.v; }
+inline __m256i toBytes(Pair16 a) { return _mm256_permute4x64_epi64(_mm256_packus_epi16(a.lo.v, a.hi.v), 0xD8); }
+inline __m256i toBytes(Unpacked16 a) { return _mm256_packus_epi16(a.lo.v, a.hi.v); }
 
 // Three channels of pixels: R, G, B on the pixel side, Y, Co, Cg on the
 // plane side.
@@ -112,7 +164,7 @@ inline Int asPlane(Int x)
 template <class P, class N>
 inline N asPlane(N x)
 {
-    static_assert(sizeof(P) == (std::is_same_v<N, Lanes16> ? 2 : 4), "lanes narrower than the plane");
+    static_assert(sizeof(P) == (std::is_same_v<N, Lanes32> ? 4 : 2), "lanes narrower than the plane");
     return x;
 }
 
@@ -124,7 +176,8 @@ struct PlainForward {
     static Trio<N> apply(const Trio<N>& p)
     {
         const N &r = p.a, &g = p.b, &b = p.c;
-        return {(r + g + g + b + 2) >> 2, (r - b + 1) >> 1, (g + g - r - b + 2) >> 2};
+        const N rb = r + b, gg = g + g;
+        return {(rb + gg + 2) >> 2, (r - b + 1) >> 1, (gg - rb + 2) >> 2};
     }
 };
 
@@ -133,7 +186,8 @@ struct PlainInverse {
     static Trio<N> apply(const Trio<N>& p)
     {
         const N &y = p.a, &co = p.b, &cg = p.c;
-        return {y + co - cg, y + cg, y - co - cg};
+        const N t = y - cg;
+        return {t + co, y + cg, t - co};
     }
 };
 
@@ -171,6 +225,27 @@ struct BiasedForward {
         const Trio<N> q = PlainForward::apply(p);
         return {q.a, q.b + 128, q.c + 128};
     }
+
+    // The same on bytes, without widening. With ~x = 255 - x and
+    // avg(a, b) = (a + b + 1) >> 1 (pavgb), the floor of a half sum is
+    // ~avg(~a, ~b), a carry bit below a shift by one more drops out, and
+    //   Y  = (R + 2G + B + 2) >> 2          = avg(~avg(~R, ~B), G)
+    //   Co = ((R - B + 1) >> 1) + 128       = floor((R + ~B) / 2) + 1
+    //                                       = avg(R, ~B) + ((R ^ B) & 1)
+    //   Cg = ((2G - R - B + 2) >> 2) + 128  = floor((2G + ~R + ~B) / 4) + 1
+    //                                       = ~avg(~G, avg(R, B)) + 1
+    // the last two added with saturation at 255.
+    static Trio<Bytes> apply(const Trio<Bytes>& p)
+    {
+        const __m256i r = p.a.v, g = p.b.v, b = p.c.v;
+        const __m256i ones = _mm256_set1_epi8(-1), one = _mm256_set1_epi8(1);
+        auto inv = [&](__m256i x) { return _mm256_xor_si256(x, ones); };
+        const __m256i nb = inv(b);
+        const __m256i y = _mm256_avg_epu8(inv(_mm256_avg_epu8(inv(r), nb)), g);
+        const __m256i co = _mm256_adds_epu8(_mm256_avg_epu8(r, nb), _mm256_and_si256(_mm256_xor_si256(r, b), one));
+        const __m256i cg = _mm256_adds_epu8(inv(_mm256_avg_epu8(inv(g), _mm256_avg_epu8(r, b))), one);
+        return {{y}, {co}, {cg}};
+    }
 };
 
 struct BiasedInverse {
@@ -178,7 +253,8 @@ struct BiasedInverse {
     static Trio<N> apply(const Trio<N>& p)
     {
         const N &y = p.a, &co = p.b, &cg = p.c;
-        return {y + co - cg, y + cg + (-128), y - co - cg + 256};
+        const N t = y - cg;
+        return {t + co, y + cg + (-128), t - co + 256};
     }
 };
 
@@ -194,58 +270,63 @@ inline T narrow(Int x)
         return T(x);
 }
 
-// Channel S of 16 pixels out of Ch chunks of 16 bytes: bytes of
-// Ch-byte pixels (all 16 pixels), or 16-bit elements of Ch-element pixels
-// (lane 0 pixels 0-7, lane 1 pixels 8-15).
-template <int Ch, int S>
-inline __m128i gatherBytes(const __m128i* c)
+// Interleaved pixels move through channel registers of 32 bytes: lane 0
+// holds the first half of the pixels of a vector, lane 1 the second half;
+// 32 pixels of bytes or 16 pixels of 16-bit elements (EB bytes each). Each
+// lane's pixels take 16 * Ch bytes of memory, in Ch chunks of 16.
+
+// Channel S out of the chunks c[0..Ch).
+template <int Ch, int S, int EB>
+inline __m256i gather(const __m256i* c)
 {
-    __m128i x = _mm_shuffle_epi8(c[0], simd::gatherMask128<Ch, S, 0, 1>());
-    x = _mm_or_si128(x, _mm_shuffle_epi8(c[1], simd::gatherMask128<Ch, S, 1, 1>()));
-    x = _mm_or_si128(x, _mm_shuffle_epi8(c[2], simd::gatherMask128<Ch, S, 2, 1>()));
+    __m256i x = _mm256_shuffle_epi8(c[0], simd::gatherMask256<Ch, S, 0, EB>());
+    x = _mm256_or_si256(x, _mm256_shuffle_epi8(c[1], simd::gatherMask256<Ch, S, 1, EB>()));
+    x = _mm256_or_si256(x, _mm256_shuffle_epi8(c[2], simd::gatherMask256<Ch, S, 2, EB>()));
     if constexpr (Ch == 4)
-        x = _mm_or_si128(x, _mm_shuffle_epi8(c[3], simd::gatherMask128<Ch, S, 3, 1>()));
-    return x;
-}
-template <int Ch, int S>
-inline __m256i gatherWords(const __m256i* c)
-{
-    __m256i x = _mm256_shuffle_epi8(c[0], simd::gatherMask256<Ch, S, 0, 2>());
-    x = _mm256_or_si256(x, _mm256_shuffle_epi8(c[1], simd::gatherMask256<Ch, S, 1, 2>()));
-    x = _mm256_or_si256(x, _mm256_shuffle_epi8(c[2], simd::gatherMask256<Ch, S, 2, 2>()));
-    if constexpr (Ch == 4)
-        x = _mm256_or_si256(x, _mm256_shuffle_epi8(c[3], simd::gatherMask256<Ch, S, 3, 2>()));
+        x = _mm256_or_si256(x, _mm256_shuffle_epi8(c[3], simd::gatherMask256<Ch, S, 3, EB>()));
     return x;
 }
 
-// Chunk K of the interleaved run from three channel registers (memory
-// samples 0, 1, 2) and a register holding the fourth sample, if any.
-template <int Ch, int K>
-inline __m128i scatterBytes(const __m128i* c, __m128i fourth)
+// Chunk K from the channel registers of memory samples 0, 1, 2 and a
+// register holding the fourth sample, if any.
+template <int Ch, int K, int EB>
+inline __m256i scatter(const __m256i* c, __m256i fourth)
 {
-    __m128i x = _mm_shuffle_epi8(c[0], simd::scatterMask128<Ch, 0, K, 1>());
-    x = _mm_or_si128(x, _mm_shuffle_epi8(c[1], simd::scatterMask128<Ch, 1, K, 1>()));
-    x = _mm_or_si128(x, _mm_shuffle_epi8(c[2], simd::scatterMask128<Ch, 2, K, 1>()));
-    return Ch == 4 ? _mm_or_si128(x, fourth) : x;
-}
-template <int Ch, int K>
-inline __m256i scatterWords(const __m256i* c, __m256i fourth)
-{
-    __m256i x = _mm256_shuffle_epi8(c[0], simd::scatterMask256<Ch, 0, K, 2>());
-    x = _mm256_or_si256(x, _mm256_shuffle_epi8(c[1], simd::scatterMask256<Ch, 1, K, 2>()));
-    x = _mm256_or_si256(x, _mm256_shuffle_epi8(c[2], simd::scatterMask256<Ch, 2, K, 2>()));
+    __m256i x = _mm256_shuffle_epi8(c[0], simd::scatterMask256<Ch, 0, K, EB>());
+    x = _mm256_or_si256(x, _mm256_shuffle_epi8(c[1], simd::scatterMask256<Ch, 1, K, EB>()));
+    x = _mm256_or_si256(x, _mm256_shuffle_epi8(c[2], simd::scatterMask256<Ch, 2, K, EB>()));
     return Ch == 4 ? _mm256_or_si256(x, fourth) : x;
 }
 
 // Interleaved pixels of T (bytes or signed 16-bit), Ch samples a pixel. The
 // colour lies in memory as B, G, R, or as R, G, B when Bgr is false; a fourth
-// sample is never read, and on output takes `alpha`.
+// sample is never read, and on output takes `alpha`. Bytes travel as Bytes,
+// Pair16 or Unpacked16 (32 pixels), 16-bit samples as Lanes16 or Lanes32
+// (16 pixels).
 template <class T, int Ch, bool Bgr>
 struct Pixels {
     static_assert(std::is_same_v<T, uint8_t> || std::is_same_v<T, int16_t>);
+    static constexpr int kEB = sizeof(T);
     // Memory samples of R and B.
     static constexpr int kR = Bgr ? 2 : 0;
     static constexpr int kB = 2 - kR;
+
+    template <class N>
+    static N from(__m256i v)
+    {
+        if constexpr (kEB == 1)
+            return fromBytes<N>(v);
+        else
+            return fromWords<N>(v);
+    }
+    template <class N>
+    static __m256i to(const N& v)
+    {
+        if constexpr (kEB == 1)
+            return toBytes(v);
+        else
+            return toWords(v);
+    }
 };
 
 template <class T, int Ch, bool Bgr>
@@ -264,20 +345,13 @@ struct PixelsIn : Pixels<T, Ch, Bgr> {
     template <class N>
     Trio<N> load(int i) const
     {
-        const T* s = p + Ch * i;
-        if constexpr (sizeof(T) == 1) {
-            __m128i c[Ch];
-            for (int k = 0; k < Ch; ++k)
-                c[k] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 16 * k));
-            auto widen8 = [](__m128i x) { return as<N>(Lanes16{_mm256_cvtepu8_epi16(x)}); };
-            return {widen8(gatherBytes<Ch, P::kR>(c)), widen8(gatherBytes<Ch, 1>(c)), widen8(gatherBytes<Ch, P::kB>(c))};
-        } else {
-            __m256i c[Ch];
-            for (int k = 0; k < Ch; ++k)
-                c[k] = simd::load2x128(s + 8 * k, s + 8 * Ch + 8 * k);
-            return {as<N>(Lanes16{gatherWords<Ch, P::kR>(c)}), as<N>(Lanes16{gatherWords<Ch, 1>(c)}),
-                    as<N>(Lanes16{gatherWords<Ch, P::kB>(c)})};
-        }
+        static_assert(N::kPixels * P::kEB == 32);
+        const uint8_t* s = reinterpret_cast<const uint8_t*>(p + Ch * i);
+        __m256i c[Ch];
+        for (int k = 0; k < Ch; ++k)
+            c[k] = simd::load2x128(s + 16 * k, s + 16 * Ch + 16 * k);
+        return {P::template from<N>(gather<Ch, P::kR, P::kEB>(c)), P::template from<N>(gather<Ch, 1, P::kEB>(c)),
+                P::template from<N>(gather<Ch, P::kB, P::kEB>(c))};
     }
 };
 
@@ -302,38 +376,57 @@ struct PixelsOut : Pixels<T, Ch, Bgr> {
     template <class N>
     void store(int i, const Trio<N>& v) const
     {
-        T* d = p + Ch * i;
-        // Channel registers in memory order.
-        const Lanes16 m[3] = {as16(Bgr ? v.c : v.a), as16(v.b), as16(Bgr ? v.a : v.c)};
-        if constexpr (sizeof(T) == 1) {
-            // Each channel saturated to 16 bytes in pixel order, then spread.
-            __m128i c[3];
-            for (int k = 0; k < 3; ++k)
-                c[k] = _mm_packus_epi16(_mm256_castsi256_si128(m[k].v), _mm256_extracti128_si256(m[k].v, 1));
-            const __m128i a = _mm_set1_epi32(int32_t(uint32_t(alpha) << 24));
-            auto put16 = [&](int k, __m128i x) { _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 16 * k), x); };
-            put16(0, scatterBytes<Ch, 0>(c, a));
-            put16(1, scatterBytes<Ch, 1>(c, a));
-            put16(2, scatterBytes<Ch, 2>(c, a));
-            if constexpr (Ch == 4)
-                put16(3, scatterBytes<Ch, 3>(c, a));
-        } else {
-            // Lane 0 holds pixels 0-7, lane 1 pixels 8-15.
-            const __m256i c[3] = {m[0].v, m[1].v, m[2].v};
-            const __m256i a = _mm256_set1_epi64x(int64_t(uint64_t(uint16_t(alpha)) << 48));
-            auto put32 = [&](int k, __m256i x) {
-                _mm256_storeu2_m128i(reinterpret_cast<__m128i*>(d + 8 * Ch + 8 * k), reinterpret_cast<__m128i*>(d + 8 * k), x);
-            };
-            put32(0, scatterWords<Ch, 0>(c, a));
-            put32(1, scatterWords<Ch, 1>(c, a));
-            put32(2, scatterWords<Ch, 2>(c, a));
-            if constexpr (Ch == 4)
-                put32(3, scatterWords<Ch, 3>(c, a));
-        }
+        static_assert(N::kPixels * P::kEB == 32);
+        uint8_t* d = reinterpret_cast<uint8_t*>(p + Ch * i);
+        // Channel registers in memory order, and the fourth sample.
+        const __m256i c[3] = {P::to(Bgr ? v.c : v.a), P::to(v.b), P::to(Bgr ? v.a : v.c)};
+        const __m256i a = P::kEB == 1 ? _mm256_set1_epi32(int32_t(uint32_t(uint8_t(alpha)) << 24))
+                                      : _mm256_set1_epi64x(int64_t(uint64_t(uint16_t(alpha)) << 48));
+        auto put = [&](int k, __m256i x) {
+            _mm256_storeu2_m128i(reinterpret_cast<__m128i*>(d + 16 * Ch + 16 * k), reinterpret_cast<__m128i*>(d + 16 * k), x);
+        };
+        put(0, scatter<Ch, 0, P::kEB>(c, a));
+        put(1, scatter<Ch, 1, P::kEB>(c, a));
+        put(2, scatter<Ch, 2, P::kEB>(c, a));
+        if constexpr (Ch == 4)
+            put(3, scatter<Ch, 3, P::kEB>(c, a));
     }
 };
 
 // Three planes of T (bytes, signed 16-bit or signed 32-bit) sharing a step.
+// Byte planes travel as Bytes, Pair16 or Unpacked16, 16-bit ones as
+// Lanes16, Lanes32 or Pair16, 32-bit ones as Lanes32.
+template <class T, class N>
+inline N loadPlane(const T* s)
+{
+    auto at = [&](int j) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + j)); };
+    if constexpr (std::is_same_v<T, uint8_t>)
+        return fromBytes<N>(at(0));
+    else if constexpr (std::is_same_v<T, int16_t> && std::is_same_v<N, Pair16>)
+        return {{at(0)}, {at(16)}};
+    else if constexpr (std::is_same_v<T, int16_t>)
+        return fromWords<N>(at(0));
+    else
+        return Lanes32{at(0), at(8)};
+}
+
+template <class T, class N>
+inline void storePlane(T* d, const N& v)
+{
+    auto at = [&](int j, __m256i x) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + j), x); };
+    if constexpr (std::is_same_v<T, uint8_t>) {
+        at(0, toBytes(v));
+    } else if constexpr (std::is_same_v<T, int16_t> && std::is_same_v<N, Pair16>) {
+        at(0, v.lo.v);
+        at(16, v.hi.v);
+    } else if constexpr (std::is_same_v<T, int16_t>) {
+        at(0, toWords(v));
+    } else {
+        at(0, v.lo);
+        at(8, v.hi);
+    }
+}
+
 template <class T>
 struct PlanesIn {
     const T* p[3];
@@ -345,19 +438,7 @@ struct PlanesIn {
     template <class N>
     Trio<N> load(int i) const
     {
-        auto plane = [&](int k) {
-            const T* s = p[k] + i;
-            if constexpr (std::is_same_v<T, uint8_t>) {
-                return as<N>(Lanes16{_mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(s)))});
-            } else if constexpr (std::is_same_v<T, int16_t>) {
-                return as<N>(Lanes16{_mm256_loadu_si256(reinterpret_cast<const __m256i*>(s))});
-            } else {
-                static_assert(std::is_same_v<N, Lanes32>, "32-bit planes need 32-bit lanes");
-                return Lanes32{_mm256_loadu_si256(reinterpret_cast<const __m256i*>(s)),
-                               _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + 8))};
-            }
-        };
-        return {plane(0), plane(1), plane(2)};
+        return {loadPlane<T, N>(p[0] + i), loadPlane<T, N>(p[1] + i), loadPlane<T, N>(p[2] + i)};
     }
 };
 
@@ -377,36 +458,22 @@ struct PlanesOut {
     template <class N>
     void store(int i, const Trio<N>& v) const
     {
-        auto plane = [&](int k, const N& x) {
-            T* d = p[k] + i;
-            if constexpr (std::is_same_v<T, uint8_t>) {
-                const Lanes16 w = as16(x);
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(d),
-                                 _mm_packus_epi16(_mm256_castsi256_si128(w.v), _mm256_extracti128_si256(w.v, 1)));
-            } else if constexpr (std::is_same_v<T, int16_t>) {
-                _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), as16(x).v);
-            } else {
-                static_assert(std::is_same_v<N, Lanes32>, "32-bit planes need 32-bit lanes");
-                _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), x.lo);
-                _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 8), x.hi);
-            }
-        };
-        plane(0, v.a);
-        plane(1, v.b);
-        plane(2, v.c);
+        storePlane(p[0] + i, v.a);
+        storePlane(p[1] + i, v.b);
+        storePlane(p[2] + i, v.c);
     }
 };
 
 // ---------------------------------------------------------------------------
-// One row: whole blocks of 16 pixels by the vector path on lanes N (or by
-// the scalar form when the test switch asks for it), the rest by the scalar
+// One row: whole vectors of N::kPixels pixels by the vector path (or by the
+// scalar form when the test switch asks for it), the rest by the scalar
 // form.
 template <class Form, class N, class In, class Out>
 inline void convertRow(const In& in, const Out& out, int width)
 {
     int i = 0;
     if (!g_scalarBlocks)
-        for (; i + 16 <= width; i += 16)
+        for (; i + N::kPixels <= width; i += N::kPixels)
             out.store(i, Form::apply(in.template load<N>(i)));
     for (; i < width; ++i)
         out.put(i, Form::apply(in.get(i)));

@@ -366,3 +366,103 @@ ORV_FRONT(orviYUV420ToBGR_8u_P3C3R)(const Orv8u* const pSrc[3], const int srcSte
         return st;
     return rows420<FormDoubledP, FormNoRound>(YuvPlaneRows{pSrc, srcStep}, OutRows<Bgr>{pDst, dstStep}, roiSize);
 }
+
+// ---- RGB to YUV 4:2:0, the scalar form --------------------------------------
+namespace h9 {
+namespace {
+
+// One 2 by 2 square, 16 fraction bits: each pixel's s = 19595 R + 38470 G
+// + 7471 B gives Y = s >> 16; the chroma take the sums of the four B, R and
+// s, rounded by 0x1FFFF before the first shift; U is kept to its low byte,
+// V clamped through the table.
+struct Square16 {
+    static int s(int r, int g, int b) { return 19595 * r + 38470 * g + 7471 * b; }
+    static uint8_t u(int sumB, int sumS) { return uint8_t(((((sumB << 16) - sumS + 0x1FFFF) >> 16) * 32244 >> 18) + 128); }
+    static uint8_t v(int sumR, int sumS) { return chop(((((sumR << 16) - sumS + 0x1FFFF) >> 16) * 57475 >> 18) + 128); }
+};
+
+// RGB source rows: pixel i of a row as R, G, B.
+struct RgbPlanesRows {
+    const uint8_t* const* planes;
+    int step;
+    Px at(int y, int i) const
+    {
+        return {rowAt(planes[0], step, y)[i], rowAt(planes[1], step, y)[i], rowAt(planes[2], step, y)[i]};
+    }
+};
+template <int Ch, int R, int B>
+struct PackedRows {
+    const uint8_t* base;
+    int step;
+    Px at(int y, int i) const
+    {
+        const uint8_t* p = rowAt(base, step, y) + Ch * i;
+        return {p[R], p[1], p[B]};
+    }
+};
+
+// Every square of the image (width >> 1 by height >> 1) by the scalar form.
+template <class Src>
+OrvStatus squares420(const Src& src, uint8_t* const dst[3], const int dstStep[3], RoiSize roi)
+{
+    for (int j = 0; j < roi.height >> 1; ++j) {
+        uint8_t* y0 = rowAt(dst[0], dstStep[0], 2 * j);
+        uint8_t* y1 = rowAt(dst[0], dstStep[0], 2 * j + 1);
+        uint8_t* u = rowAt(dst[1], dstStep[1], j);
+        uint8_t* v = rowAt(dst[2], dstStep[2], j);
+        for (int k = 0; k < roi.width >> 1; ++k) {
+            int sumS = 0, sumB = 0, sumR = 0;
+            for (int dy = 0; dy < 2; ++dy)
+                for (int dx = 0; dx < 2; ++dx) {
+                    const Px p = src.at(2 * j + dy, 2 * k + dx);
+                    const int s = Square16::s(p[0], p[1], p[2]);
+                    (dy ? y1 : y0)[2 * k + dx] = uint8_t(s >> 16);
+                    sumS += s;
+                    sumB += p[2];
+                    sumR += p[0];
+                }
+            u[k] = Square16::u(sumB, sumS);
+            v[k] = Square16::v(sumR, sumS);
+        }
+    }
+    return ((roi.width | roi.height) & 1) ? orvStatusOddSize : orvStatusOk;
+}
+
+OrvStatus checkToYuv(const void* src, const void* dst, RoiSize roi, const uint8_t* const* srcPlanes,
+                     uint8_t* const* dstPlanes)
+{
+    if (OrvStatus st = checkRect(src, dst, roi))
+        return st;
+    if (srcPlanes)
+        if (OrvStatus st = checkPlanes(srcPlanes, 3))
+            return st;
+    return checkPlanes(dstPlanes, 3);
+}
+
+}  // namespace
+}  // namespace h9
+
+ORV_FRONT(orviRGBToYUV420_8u_P3R)(const Orv8u* const pSrc[3], int srcStep, Orv8u* pDst[3], int dstStep[3],
+                                  RoiSize roiSize)
+{
+    if (OrvStatus st = checkToYuv(pSrc, pDst, roiSize, pSrc, pDst))
+        return st;
+    return squares420(RgbPlanesRows{pSrc, srcStep}, pDst, dstStep, roiSize);
+}
+
+ORV_FRONT(orviRGBToYUV420_8u_P3)(const Orv8u* const pSrc[3], Orv8u* pDst[3], RoiSize roiSize)
+{
+    if (OrvStatus st = checkToYuv(pSrc, pDst, roiSize, pSrc, pDst))
+        return st;
+    const int steps[3] = {roiSize.width, roiSize.width >> 1, roiSize.width >> 1};
+    return squares420(RgbPlanesRows{pSrc, roiSize.width}, pDst, steps, roiSize);
+}
+
+// Blue, green, red and a fourth byte that is not read; the scalar form with
+// the pixels' channels in that order.
+ORV_FRONT(orviBGRToYUV420_8u_AC4P3R)(const Orv8u* pSrc, int srcStep, Orv8u* pDst[3], int dstStep[3], RoiSize roiSize)
+{
+    if (OrvStatus st = checkToYuv(pSrc, pDst, roiSize, nullptr, pDst))
+        return st;
+    return squares420(PackedRows<4, 2, 0>{pSrc, srcStep}, pDst, dstStep, roiSize);
+}

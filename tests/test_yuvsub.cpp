@@ -320,4 +320,75 @@ TEST(YuvSub, CheckOrderAndNothingWrittenOnFailure)
         expectCheckOrder(c);
 }
 
+// RGB to 4:2:0 by the scalar form: a 3 by 3 image gives one square (Y of
+// each pixel, one U and V), the last row and column stay untouched. Answers
+// worked out from the form in exact integer arithmetic; pure red takes V
+// 285, clamped.
+TEST(YuvSub, RgbTo420SquaresByTheScalarForm)
+{
+    const uint8_t rgb[4][3] = {{200, 10, 30}, {12, 250, 90}, {255, 255, 255}, {0, 0, 0}};
+    Bytes planes[3] = {Bytes(9, 7), Bytes(9, 8), Bytes(9, 9)}, bgra(36);
+    for (int i = 0; i < 9; ++i) {
+        const int sq = (i / 3 < 2 && i % 3 < 2) ? (i / 3) * 2 + i % 3 : 3;
+        for (int k = 0; k < 3; ++k) {
+            planes[k][i] = rgb[sq][k];
+            bgra[4 * i + 2 - k] = rgb[sq][k];
+        }
+        bgra[4 * i + 3] = uint8_t(37 * i);
+    }
+    const uint8_t* src[3] = {planes[0].data(), planes[1].data(), planes[2].data()};
+    auto run = [&](auto&& f) {
+        Bytes out[3] = {Bytes(9, 0xEE), Bytes(2, 0xEE), Bytes(2, 0xEE)};
+        uint8_t* dst[3] = {out[0].data(), out[1].data(), out[2].data()};
+        const int steps[3] = {3, 1, 1};
+        EXPECT_EQ(f(dst, steps), orvStatusOddSize);
+        return std::vector<Bytes>{out[0], out[1], out[2]};
+    };
+    const std::vector<Bytes> expected = {Bytes{69, 160, 0xEE, 255, 0, 0xEE, 0xEE, 0xEE, 0xEE}, Bytes{114, 0xEE},
+                                         Bytes{124, 0xEE}};
+    EXPECT_EQ(run([&](uint8_t** d, const int* st) { return orviRGBToYUV420_8u_P3R(src, 3, d, const_cast<int*>(st), {3, 3}); }),
+              expected);
+    EXPECT_EQ(run([&](uint8_t** d, const int* st) {
+                  return orviBGRToYUV420_8u_AC4P3R(bgra.data(), 12, d, const_cast<int*>(st), {3, 3});
+              }),
+              expected);
+
+    // Pure red over a tight 4 by 2 image.
+    Bytes red[3] = {Bytes(8, 255), Bytes(8, 0), Bytes(8, 0)}, out[3] = {Bytes(8), Bytes(2), Bytes(2)};
+    const uint8_t* rs[3] = {red[0].data(), red[1].data(), red[2].data()};
+    uint8_t* rd[3] = {out[0].data(), out[1].data(), out[2].data()};
+    EXPECT_EQ(orviRGBToYUV420_8u_P3(rs, rd, {4, 2}), orvStatusOk);
+    EXPECT_EQ(out[0], Bytes(8, 76));
+    EXPECT_EQ(out[1], (Bytes{90, 90}));
+    EXPECT_EQ(out[2], (Bytes{255, 255}));
+}
+
+TEST(YuvSub, RgbTo420CheckOrder)
+{
+    auto toYuv = [](OrvStatus (*f)(const Orv8u* const*, int, Orv8u**, int*, RoiSize)) -> ConvCall {
+        return [f](void* s, int ss, void* d, int ds, RoiSize r) {
+            int steps[3] = {ds, ds, ds};
+            return f(static_cast<const Orv8u* const*>(s), ss, static_cast<Orv8u**>(d), steps, r);
+        };
+    };
+    const std::vector<Fault> planar = {F::SrcNull, F::DstNull, F::Width, F::Height, F::SrcPlane0, F::SrcPlane1,
+                                       F::SrcPlane2, F::DstPlane0, F::DstPlane1, F::DstPlane2};
+    const std::vector<Conversion> all = {
+        {"RGBToYUV420_8u_P3R", {3, 1}, {3, 1}, toYuv(orviRGBToYUV420_8u_P3R), wholeRow, planar},
+        {"RGBToYUV420_8u_P3", {3, 1}, {3, 1},
+         [](void* s, int, void* d, int, RoiSize r) {
+             return orviRGBToYUV420_8u_P3(static_cast<const Orv8u* const*>(s), static_cast<Orv8u**>(d), r);
+         },
+         wholeRow, planar},
+        {"BGRToYUV420_8u_AC4P3R", {1, 4}, {3, 1},
+         [](void* s, int ss, void* d, int ds, RoiSize r) {
+             int steps[3] = {ds, ds, ds};
+             return orviBGRToYUV420_8u_AC4P3R(static_cast<const Orv8u*>(s), ss, static_cast<Orv8u**>(d), steps, r);
+         },
+         wholeRow, {F::SrcNull, F::DstNull, F::Width, F::Height, F::DstPlane0, F::DstPlane1, F::DstPlane2}},
+    };
+    for (const Conversion& c : all)
+        expectCheckOrder(c);
+}
+
 }  // namespace

@@ -1,6 +1,6 @@
-// Subsampled YUV to RGB throughput, one thread, 1920x1080: every member as
-// vector path and scalar form, beside libyuv (I420 and I422 to RGB bytes,
-// YUY2 to ARGB) and OpenCV's cvtColor (I420 and YUY2 to RGB).
+// Subsampled YUV throughput, one thread, 1920x1080: every member as vector
+// path and scalar form, beside libyuv (I420 and I422 to RGB bytes, YUY2 to
+// ARGB, ARGB to I420) and OpenCV's cvtColor (I420 and YUY2 to RGB).
 #include "bench_util.h"
 
 #ifdef ORVCC_HAVE_OPENCV
@@ -80,6 +80,33 @@ void registerYuvSub()
     registerConversion("YUV420ToRGB_8u_P3AC4R", 2, 4, planar(orviYUV420ToRGB_8u_P3AC4R, true));
     registerConversion("YUV420ToBGR_8u_P3C3R", 2, 3, planar(orviYUV420ToBGR_8u_P3C3R, true));
 
+    // RGB to 4:2:0 by the scalar square form.
+    auto toYuv = [](uint8_t* d, RoiSize r, uint8_t* planes[3], int steps[3]) {
+        const Yuv y(d, r, true);
+        for (int k = 0; k < 3; ++k) {
+            planes[k] = const_cast<uint8_t*>(y.planes[k]);
+            steps[k] = y.steps[k];
+        }
+    };
+    registerConversion("RGBToYUV420_8u_P3R", 3, 2, [=](uint8_t* s, int, uint8_t* d, int, RoiSize r) {
+        uint8_t* p[3];
+        int st[3];
+        toYuv(d, r, p, st);
+        return orviRGBToYUV420_8u_P3R(RgbPlanes(s, r).p, r.width, p, st, r);
+    });
+    registerConversion("RGBToYUV420_8u_P3", 3, 2, [=](uint8_t* s, int, uint8_t* d, int, RoiSize r) {
+        uint8_t* p[3];
+        int st[3];
+        toYuv(d, r, p, st);
+        return orviRGBToYUV420_8u_P3(RgbPlanes(s, r).p, p, r);
+    });
+    registerConversion("BGRToYUV420_8u_AC4P3R", 4, 2, [=](uint8_t* s, int ss, uint8_t* d, int, RoiSize r) {
+        uint8_t* p[3];
+        int st[3];
+        toYuv(d, r, p, st);
+        return orviBGRToYUV420_8u_AC4P3R(s, ss, p, st, r);
+    });
+
     const RoiSize frame{kWidth, kHeight};
 #ifdef ORVCC_HAVE_LIBYUV
     auto yuv = [frame](const char* name, bool is420, int dstBytes, auto f) {
@@ -98,6 +125,16 @@ void registerYuvSub()
     yuv("YUV422ToRGB_8u_P3C3R/libyuv", false, 3, libyuv::I422ToRAW);
     yuv("YUV420ToRGB_8u_P3AC4R/libyuv", true, 4, libyuv::I420ToABGR);
     yuv("YUV422ToRGB_8u_P3AC4R/libyuv", false, 4, libyuv::I422ToARGB);
+    registerPeer("BGRToYUV420_8u_AC4P3R/libyuv", [frame](benchmark::State& state) {
+        Buffer src(std::size_t(kWidth) * kHeight * 4), dst(std::size_t(kWidth) * kHeight * 2);
+        const Yuv y(dst.data(), frame, true);
+        for (auto _ : state) {
+            libyuv::ARGBToI420(src.data(), kWidth * 4, const_cast<uint8_t*>(y.planes[0]), y.steps[0],
+                               const_cast<uint8_t*>(y.planes[1]), y.steps[1], const_cast<uint8_t*>(y.planes[2]),
+                               y.steps[2], kWidth, kHeight);
+            benchmark::ClobberMemory();
+        }
+    });
     registerPeer("YUV422ToRGB_8u_C2C3R/libyuv(ARGB)", [](benchmark::State& state) {
         Buffer src(std::size_t(kWidth) * kHeight * 2), dst(std::size_t(kWidth) * kHeight * 4);
         for (auto _ : state) {

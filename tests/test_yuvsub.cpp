@@ -6,6 +6,7 @@
 #include <array>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
@@ -361,6 +362,52 @@ TEST(YuvSub, RgbTo420SquaresByTheScalarForm)
     EXPECT_EQ(out[0], Bytes(8, 76));
     EXPECT_EQ(out[1], (Bytes{90, 90}));
     EXPECT_EQ(out[2], (Bytes{255, 255}));
+}
+
+// RGB to 4:2:0: the vector path of the square form against the form, over
+// the standard sweep of planar and four-byte sources.
+TEST(YuvSub, RgbTo420VectorPathMatchesScalarForm)
+{
+    std::mt19937 rng(4200);
+    for (bool planarSrc : {true, false}) {
+        for (const Geometry& g : standardSweep(1)) {
+            SCOPED_TRACE(g.str() + (planarSrc ? " planar" : " bgra"));
+            const int sign = g.negative ? -1 : 1;
+            auto image = [&](int bytes, int rows, int pad) {
+                bytes = std::max(bytes, 1);
+                rows = std::max(rows, 1);
+                return std::make_unique<GuardedImage>(bytes, rows, sign * (bytes + pad), g.endSlack);
+            };
+            std::vector<std::unique_ptr<GuardedImage>> src;
+            for (int k = 0; k < (planarSrc ? 3 : 1); ++k) {
+                src.push_back(image(g.width * (planarSrc ? 1 : 4), g.height, g.srcPad));
+                src.back()->fillBytes(rng);
+            }
+            Bytes out[2];
+            for (int scalar = 0; scalar < 2; ++scalar) {
+                std::unique_ptr<GuardedImage> dst[3] = {image(g.width, g.height, g.dstPad),
+                                                        image(g.width / 2, g.height / 2, g.dstPad + 1),
+                                                        image(g.width / 2, g.height / 2, g.dstPad + 2)};
+                uint8_t* d[3] = {dst[0]->data(), dst[1]->data(), dst[2]->data()};
+                int steps[3] = {dst[0]->step(), dst[1]->step(), dst[2]->step()};
+                std::optional<ScalarBlocks> guard;
+                if (scalar)
+                    guard.emplace();
+                const uint8_t* sp[3] = {src[0]->data(), planarSrc ? src[1]->data() : nullptr,
+                                        planarSrc ? src[2]->data() : nullptr};
+                const OrvStatus st = planarSrc ? orviRGBToYUV420_8u_P3R(sp, src[0]->step(), d, steps, {g.width, g.height})
+                                               : orviBGRToYUV420_8u_AC4P3R(sp[0], src[0]->step(), d, steps,
+                                                                           {g.width, g.height});
+                EXPECT_EQ(st, ((g.width | g.height) & 1) ? orvStatusOddSize : orvStatusOk);
+                for (auto& im : dst) {
+                    ASSERT_TRUE(im->guardsIntact());
+                    const Bytes p = im->pixels();
+                    out[scalar].insert(out[scalar].end(), p.begin(), p.end());
+                }
+            }
+            ASSERT_EQ(out[0], out[1]);
+        }
+    }
 }
 
 TEST(YuvSub, RgbTo420CheckOrder)

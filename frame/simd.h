@@ -40,6 +40,35 @@ inline __m256i gatherMask256()
     return _mm256_broadcastsi128_si256(gatherMask128<Channels, Ch, Chunk, ElemBytes>());
 }
 
+// The reverse of gatherMask: pshufb mask that spreads a register of channel
+// `ch` (the k-th pixel's element at element position k) over chunk `chunk`
+// of an interleaved run of `channels` elements of `elemBytes` bytes per
+// pixel. Bytes of other channels are zeroed, so the spreads of all channels
+// can be ORed into one chunk.
+constexpr std::array<int8_t, 16> scatterMask(int channels, int ch, int chunk, int elemBytes)
+{
+    std::array<int8_t, 16> m{};
+    for (int k = 0; k < 16; ++k) {
+        const int elem = (16 * chunk + k) / elemBytes;
+        const int src = (elem / channels) * elemBytes + (16 * chunk + k) % elemBytes;
+        m[k] = (elem % channels == ch) ? int8_t(src) : int8_t(-128);
+    }
+    return m;
+}
+
+template <int Channels, int Ch, int Chunk, int ElemBytes>
+inline __m128i scatterMask128()
+{
+    static constexpr auto m = scatterMask(Channels, Ch, Chunk, ElemBytes);
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(m.data()));
+}
+
+template <int Channels, int Ch, int Chunk, int ElemBytes>
+inline __m256i scatterMask256()
+{
+    return _mm256_broadcastsi128_si256(scatterMask128<Channels, Ch, Chunk, ElemBytes>());
+}
+
 // Two unaligned 16-byte loads into the low and high lane.
 inline __m256i load2x128(const void* lo, const void* hi)
 {

@@ -14,11 +14,13 @@
 #include "frame/checks.h"
 #include "frame/fronts.h"
 #include "lumachroma/pixels8u.h"
+#include "lumachroma/yuvforms.h"
 
 namespace h9 {
 namespace {
 
 using namespace px8;
+using namespace yuvforms;
 
 // ---------------------------------------------------------------------------
 // Forward.
@@ -109,69 +111,6 @@ struct FormE {
         return {sra<1>(s), addsS(hiS(subsS(b2, s), 16121), 128), addsS(hiS(subsS(r2, s), 28737), 128)};
     }
 };
-
-// ---------------------------------------------------------------------------
-// Inverse; u = U - 128, v = V - 128.
-
-// Block form of the interleaved member: weights with 13 fraction bits on
-// 8u, 8v: Y + ((8v * 9339) >> 16) and so on.
-struct FormP {
-    static Px scalar(int y, int cu, int cv)
-    {
-        const int u8 = (cu - 128) * 8, v8 = (cv - 128) * 8;
-        return {satU8(addsS16(y, hiS(v8, 9339))), satU8(addsS16(addsS16(y, hiS(u8, -3228)), hiS(v8, -4760))),
-                satU8(addsS16(y, hiS(u8, 16646)))};
-    }
-    static V3 lanes(const V3& x)
-    {
-        const V u8 = shl<3>(sub(x.b, 128)), v8 = shl<3>(sub(x.c, 128));
-        return {addsS(x.a, hiS(v8, 9339)), addsS(addsS(x.a, hiS(u8, -3228)), hiS(v8, -4760)), addsS(x.a, hiS(u8, 16646))};
-    }
-};
-
-// Block form of the planar-to-interleaved member, on doubled scale with each
-// weight one less in its last place, no rounding.
-struct FormR {
-    static Px scalar(int y, int cu, int cv)
-    {
-        const int u16 = (cu - 128) * 16, v16 = (cv - 128) * 16, y2 = 2 * y;
-        return {satU8(addsS16(y2, hiS(v16, 9338)) >> 1),
-                satU8(addsS16(addsS16(y2, hiS(u16, -3227)), hiS(v16, -4759)) >> 1),
-                satU8(addsS16(y2, hiS(u16, 16645)) >> 1)};
-    }
-    static V3 lanes(const V3& x)
-    {
-        const V u16 = shl<4>(sub(x.b, 128)), v16 = shl<4>(sub(x.c, 128)), y2 = shl<1>(x.a);
-        return {sra<1>(addsS(y2, hiS(v16, 9338))), sra<1>(addsS(addsS(y2, hiS(u16, -3227)), hiS(v16, -4759))),
-                sra<1>(addsS(y2, hiS(u16, 16645)))};
-    }
-};
-
-// Block form of the member with a constant alpha: 3 guard bits, rounding 4.
-struct FormT {
-    static Px scalar(int y, int cu, int cv)
-    {
-        const int u128 = (cu - 128) * 128, v128 = (cv - 128) * 128, y8 = 8 * y;
-        return {satU8(addsS16(addsS16(y8, hiS(v128, 4669)), 4) >> 3),
-                satU8(addsS16(subsS16(subsS16(y8, hiS(v128, 2380)), hiS(u128, 1614)), 4) >> 3),
-                satU8(addsS16(addsS16(y8, hiS(u128, 8323)), 4) >> 3)};
-    }
-    static V3 lanes(const V3& x)
-    {
-        const V u128 = shl<7>(sub(x.b, 128)), v128 = shl<7>(sub(x.c, 128)), y8 = shl<3>(x.a);
-        return {sra<3>(addsS(addsS(y8, hiS(v128, 4669)), 4)),
-                sra<3>(addsS(subsS(subsS(y8, hiS(v128, 2380)), hiS(u128, 1614)), 4)),
-                sra<3>(addsS(addsS(y8, hiS(u128, 8323)), 4))};
-    }
-};
-
-// The scalar inverses, 16 fraction bits: Q rounds R and B but not G, S
-// rounds nothing with each weight one less, U rounds all three.
-constexpr InverseWeights kYuvInv = {65536, 0, 74711, 25821, 38076, 133169};
-constexpr InverseWeights kYuvInvLow = {65536, 0, 74710, 25820, 38075, 133168};
-using FormQ = Inverse32<kYuvInv, 32768, 0, 32768>;
-using FormS = Inverse32<kYuvInvLow, 0, 0, 0>;
-using FormU = Inverse32<kYuvInv, 32768, 32768, 32768>;
 
 // Source alpha bytes to the fourth plane.
 void copyAlpha(const uint8_t* s, uint8_t* a, int width)

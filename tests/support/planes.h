@@ -97,12 +97,14 @@ struct Conversion {
 
 // Vector run against scalar-block run over the standard sweep: same status,
 // same bytes, nothing written outside the rectangles. Both destinations start
-// with the same random bytes, so kept alpha bytes are compared too.
-inline void expectVectorMatchesScalar(const Conversion& c)
+// with the same random bytes, so kept alpha bytes are compared too. Steps
+// are padded by multiples of `padUnit` bytes (the element size keeps wider
+// elements aligned).
+inline void expectVectorMatchesScalar(const Conversion& c, int padUnit = 1)
 {
     SCOPED_TRACE(c.name);
     std::mt19937 rng(2024);
-    for (const Geometry& g : standardSweep(1)) {
+    for (const Geometry& g : standardSweep(padUnit)) {
         SCOPED_TRACE(g.str());
         Planes src = makePlanes(c.src.planes, g.width, g.height, c.src.pixBytes, g.srcPad, g.negative, g.endSlack);
         Planes dv = makePlanes(c.dst.planes, g.width, g.height, c.dst.pixBytes, g.dstPad, g.negative, g.endSlack);

@@ -1,0 +1,490 @@
+// RGB and YCoCg: a luma plane Y and the orange and green chroma planes Co
+// and Cg, by adds and shifts alone.
+//
+// The plain transform
+//     Y  = (R + 2G + B + 2) >> 2
+//     Co = (R - B + 1) >> 1
+//     Cg = (2G - R - B + 2) >> 2
+// halves its chroma with rounding so that the three planes keep the range
+// of the input; its inverse G = Y + Cg, B = Y - Co - Cg, R = Y + Co - Cg
+// does not return the input exactly. The reversible transform is made of
+// lifting steps,
+//     Co = R - B,  t = B + (Co >> 1),  Cg = G - t,  Y = t + (Cg >> 1),
+// which its inverse undoes one by one in reverse order; its chroma needs one
+// bit more than the input. `>>` is an arithmetic shift (toward minus
+// infinity) everywhere.
+//
+// Narrowing is done by the store: 16-bit results keep their low 16 bits,
+// 32-bit results are whole, 8-bit results are taken as signed 16-bit values
+// and saturated to 0..255. In the reversible transform to 16-bit planes Co
+// and Cg are also taken as 16-bit values before they are halved, so that
+// the lifting pair is exact modulo 2^16 for every input.
+//
+// Each transform is written once, over a number type: 64-bit integers for
+// the scalar form (one pixel), or vectors of one channel of 16 or 32 pixels
+// in 16-bit lanes, whose wrapping sums are the low 16 bits of the exact
+// ones, or in 32-bit lanes where a shift needs the bits above the sixteenth.
+// A member uses 16-bit lanes only where every shifted value is exact in 16
+// bits or is taken as a 16-bit value by definition, so the vector path and
+// the scalar form agree for every input, and a row can split between them
+// anywhere: whole vectors go through the vector path, the rest of the row
+// through the scalar form. Members with byte pixels move 32 pixels a step;
+// the biased forward transform, all of whose results are bytes, also has a
+// form on bytes.
+#pragma once
+
+#include <immintrin.h>
+
+#include <cstdint>
+#include <type_traits>
+
+#include "frame/driver.h"
+#include "frame/scalar.h"
+#include "frame/simd.h"
+#include "orvcc.h"
+
+namespace h9::ycocg {
+
+// ---------------------------------------------------------------------------
+// Number types.
+
+// The scalar form's integers: wide enough that no sum of 32-bit plane
+// values overflows.
+using Int = int64_t;
+
+// A vector type holds kPixels pixels of one channel, in pixel order.
+
+// 16 pixels in 16-bit lanes; sums wrap.
+struct Lanes16 {
+    static constexpr int kPixels = 16;
+    __m256i v;
+};
+inline Lanes16 operator+(Lanes16 a, Lanes16 b) { return {_mm256_add_epi16(a.v, b.v)}; }
+inline Lanes16 operator-(Lanes16 a, Lanes16 b) { return {_mm256_sub_epi16(a.v, b.v)}; }
+inline Lanes16 operator+(Lanes16 a, int k) { return {_mm256_add_epi16(a.v, _mm256_set1_epi16(int16_t(k)))}; }
+inline Lanes16 operator>>(Lanes16 a, int n) { return {_mm256_srai_epi16(a.v, n)}; }
+
+// 32 pixels in 16-bit lanes, as two vectors of 16: in pixel order (lo
+// pixels 0-15, hi 16-31) where they meet 16-bit memory; where bytes are
+// read and written on both sides, in the order of the byte unpacks (lo
+// pixels 0-7 and 16-23, hi 8-15 and 24-31), which packuswb puts back.
+template <bool Unpacked>
+struct Pair {
+    static constexpr int kPixels = 32;
+    Lanes16 lo, hi;
+};
+template <bool U>
+inline Pair<U> operator+(Pair<U> a, Pair<U> b) { return {a.lo + b.lo, a.hi + b.hi}; }
+template <bool U>
+inline Pair<U> operator-(Pair<U> a, Pair<U> b) { return {a.lo - b.lo, a.hi - b.hi}; }
+template <bool U>
+inline Pair<U> operator+(Pair<U> a, int k) { return {a.lo + k, a.hi + k}; }
+template <bool U>
+inline Pair<U> operator>>(Pair<U> a, int n) { return {a.lo >> n, a.hi >> n}; }
+using Pair16 = Pair<false>;
+using Unpacked16 = Pair<true>;
+
+// 16 pixels in 32-bit lanes: pixels 0-7, then 8-15.
+struct Lanes32 {
+    static constexpr int kPixels = 16;
+    __m256i lo, hi;
+};
+inline Lanes32 operator+(Lanes32 a, Lanes32 b) { return {_mm256_add_epi32(a.lo, b.lo), _mm256_add_epi32(a.hi, b.hi)}; }
+inline Lanes32 operator-(Lanes32 a, Lanes32 b) { return {_mm256_sub_epi32(a.lo, b.lo), _mm256_sub_epi32(a.hi, b.hi)}; }
+inline Lanes32 operator+(Lanes32 a, int k)
+{
+    const __m256i c = _mm256_set1_epi32(k);
+    return {_mm256_add_epi32(a.lo, c), _mm256_add_epi32(a.hi, c)};
+}
+inline Lanes32 operator>>(Lanes32 a, int n) { return {_mm256_srai_epi32(a.lo, n), _mm256_srai_epi32(a.hi, n)}; }
+
+// 32 pixels of unsigned bytes. Only the biased forward transform, whose
+// every result is a byte, has a form on them (see there); no operators.
+struct Bytes {
+    static constexpr int kPixels = 32;
+    __m256i v;
+};
+
+// Conversions between the vector types and the two ways channels come out
+// of memory: 32 bytes, or 16 signed 16-bit elements.
+inline Lanes32 widen(Lanes16 a)
+{
+    return {_mm256_cvtepi16_epi32(_mm256_castsi256_si128(a.v)), _mm256_cvtepi16_epi32(_mm256_extracti128_si256(a.v, 1))};
+}
+
+template <class N>
+inline N fromWords(__m256i v)
+{
+    if constexpr (std::is_same_v<N, Lanes16>)
+        return {v};
+    else
+        return widen(Lanes16{v});
+}
+
+template <class N>
+inline N fromBytes(__m256i v)
+{
+    const __m256i z = _mm256_setzero_si256();
+    if constexpr (std::is_same_v<N, Bytes>)
+        return {v};
+    else if constexpr (std::is_same_v<N, Unpacked16>)
+        return {{_mm256_unpacklo_epi8(v, z)}, {_mm256_unpackhi_epi8(v, z)}};
+    else
+        return {{_mm256_cvtepu8_epi16(_mm256_castsi256_si128(v))}, {_mm256_cvtepu8_epi16(_mm256_extracti128_si256(v, 1))}};
+}
+
+// The low 16 bits of each value.
+inline __m256i toWords(Lanes16 a) { return a.v; }
+inline __m256i toWords(Lanes32 a)
+{
+    const __m256i m = _mm256_set1_epi32(0xffff);
+    const __m256i p = _mm256_packus_epi32(_mm256_and_si256(a.lo, m), _mm256_and_si256(a.hi, m));
+    return _mm256_permute4x64_epi64(p, 0xD8);
+}
+
+// Each 16-bit value saturated to 0..255 (packuswb), in pixel order.
+inline __m256i toBytes(Bytes a) { return a.v; }
+inline __m256i toBytes(Pair16 a) { return _mm256_permute4x64_epi64(_mm256_packus_epi16(a.lo.v, a.hi.v), 0xD8); }
+inline __m256i toBytes(Unpacked16 a) { return _mm256_packus_epi16(a.lo.v, a.hi.v); }
+
+// Three channels of pixels: R, G, B on the pixel side, Y, Co, Cg on the
+// plane side.
+template <class N>
+struct Trio {
+    N a, b, c;
+};
+
+// A value taken as the plane type P: a 16-bit plane keeps the low 16 bits.
+// Lanes already have the plane's width.
+template <class P>
+inline Int asPlane(Int x)
+{
+    return P(x);
+}
+template <class P, class N>
+inline N asPlane(N x)
+{
+    static_assert(sizeof(P) == (std::is_same_v<N, Lanes32> ? 4 : 2), "lanes narrower than the plane");
+    return x;
+}
+
+// ---------------------------------------------------------------------------
+// Transforms: Trio in, Trio out, any number type.
+
+struct PlainForward {
+    template <class N>
+    static Trio<N> apply(const Trio<N>& p)
+    {
+        const N &r = p.a, &g = p.b, &b = p.c;
+        const N rb = r + b, gg = g + g;
+        return {(rb + gg + 2) >> 2, (r - b + 1) >> 1, (gg - rb + 2) >> 2};
+    }
+};
+
+struct PlainInverse {
+    template <class N>
+    static Trio<N> apply(const Trio<N>& p)
+    {
+        const N &y = p.a, &co = p.b, &cg = p.c;
+        const N t = y - cg;
+        return {t + co, y + cg, t - co};
+    }
+};
+
+// P: the plane type; Co and Cg are taken as P before they are halved.
+template <class P>
+struct LiftForward {
+    template <class N>
+    static Trio<N> apply(const Trio<N>& p)
+    {
+        const N &r = p.a, &g = p.b, &b = p.c;
+        const N co = asPlane<P>(r - b);
+        const N t = b + (co >> 1);
+        const N cg = asPlane<P>(g - t);
+        return {t + (cg >> 1), co, cg};
+    }
+};
+
+struct LiftInverse {
+    template <class N>
+    static Trio<N> apply(const Trio<N>& p)
+    {
+        const N &y = p.a, &co = p.b, &cg = p.c;
+        const N t = y - (cg >> 1);
+        const N b = t - (co >> 1);
+        return {b + co, cg + t, b};
+    }
+};
+
+// Byte planes: the plain transform with 128 added to the chroma (saturated
+// at 255 by the byte store; the sums never fall below 1).
+struct BiasedForward {
+    template <class N>
+    static Trio<N> apply(const Trio<N>& p)
+    {
+        const Trio<N> q = PlainForward::apply(p);
+        return {q.a, q.b + 128, q.c + 128};
+    }
+
+    // The same on bytes, without widening. With ~x = 255 - x and
+    // avg(a, b) = (a + b + 1) >> 1 (pavgb), the floor of a half sum is
+    // ~avg(~a, ~b), a carry bit below a shift by one more drops out, and
+    //   Y  = (R + 2G + B + 2) >> 2          = avg(~avg(~R, ~B), G)
+    //   Co = ((R - B + 1) >> 1) + 128       = floor((R + ~B) / 2) + 1
+    //                                       = avg(R, ~B) + ((R ^ B) & 1)
+    //   Cg = ((2G - R - B + 2) >> 2) + 128  = floor((2G + ~R + ~B) / 4) + 1
+    //                                       = ~avg(~G, avg(R, B)) + 1
+    // the last two added with saturation at 255.
+    static Trio<Bytes> apply(const Trio<Bytes>& p)
+    {
+        const __m256i r = p.a.v, g = p.b.v, b = p.c.v;
+        const __m256i ones = _mm256_set1_epi8(-1), one = _mm256_set1_epi8(1);
+        auto inv = [&](__m256i x) { return _mm256_xor_si256(x, ones); };
+        const __m256i nb = inv(b);
+        const __m256i y = _mm256_avg_epu8(inv(_mm256_avg_epu8(inv(r), nb)), g);
+        const __m256i co = _mm256_adds_epu8(_mm256_avg_epu8(r, nb), _mm256_and_si256(_mm256_xor_si256(r, b), one));
+        const __m256i cg = _mm256_adds_epu8(inv(_mm256_avg_epu8(inv(g), _mm256_avg_epu8(r, b))), one);
+        return {{y}, {co}, {cg}};
+    }
+};
+
+struct BiasedInverse {
+    template <class N>
+    static Trio<N> apply(const Trio<N>& p)
+    {
+        const N &y = p.a, &co = p.b, &cg = p.c;
+        const N t = y - cg;
+        return {t + co, y + cg + (-128), t - co + 256};
+    }
+};
+
+// ---------------------------------------------------------------------------
+// Stores narrow a scalar result to the element type: low 16 or 32 bits, or
+// for bytes a 16-bit value saturated to 0..255 (as packuswb does).
+template <class T>
+inline T narrow(Int x)
+{
+    if constexpr (std::is_same_v<T, uint8_t>)
+        return satU8(int16_t(x));
+    else
+        return T(x);
+}
+
+// Interleaved pixels move through channel registers of 32 bytes: lane 0
+// holds the first half of the pixels of a vector, lane 1 the second half;
+// 32 pixels of bytes or 16 pixels of 16-bit elements (EB bytes each). Each
+// lane's pixels take 16 * Ch bytes of memory, in Ch chunks of 16.
+
+// Channel S out of the chunks c[0..Ch).
+template <int Ch, int S, int EB>
+inline __m256i gather(const __m256i* c)
+{
+    __m256i x = _mm256_shuffle_epi8(c[0], simd::gatherMask256<Ch, S, 0, EB>());
+    x = _mm256_or_si256(x, _mm256_shuffle_epi8(c[1], simd::gatherMask256<Ch, S, 1, EB>()));
+    x = _mm256_or_si256(x, _mm256_shuffle_epi8(c[2], simd::gatherMask256<Ch, S, 2, EB>()));
+    if constexpr (Ch == 4)
+        x = _mm256_or_si256(x, _mm256_shuffle_epi8(c[3], simd::gatherMask256<Ch, S, 3, EB>()));
+    return x;
+}
+
+// Chunk K from the channel registers of memory samples 0, 1, 2 and a
+// register holding the fourth sample, if any.
+template <int Ch, int K, int EB>
+inline __m256i scatter(const __m256i* c, __m256i fourth)
+{
+    __m256i x = _mm256_shuffle_epi8(c[0], simd::scatterMask256<Ch, 0, K, EB>());
+    x = _mm256_or_si256(x, _mm256_shuffle_epi8(c[1], simd::scatterMask256<Ch, 1, K, EB>()));
+    x = _mm256_or_si256(x, _mm256_shuffle_epi8(c[2], simd::scatterMask256<Ch, 2, K, EB>()));
+    return Ch == 4 ? _mm256_or_si256(x, fourth) : x;
+}
+
+// Interleaved pixels of T (bytes or signed 16-bit), Ch samples a pixel. The
+// colour lies in memory as B, G, R, or as R, G, B when Bgr is false; a fourth
+// sample is never read, and on output takes `alpha`. Bytes travel as Bytes,
+// Pair16 or Unpacked16 (32 pixels), 16-bit samples as Lanes16 or Lanes32
+// (16 pixels).
+template <class T, int Ch, bool Bgr>
+struct Pixels {
+    static_assert(std::is_same_v<T, uint8_t> || std::is_same_v<T, int16_t>);
+    static constexpr int kEB = sizeof(T);
+    // Memory samples of R and B.
+    static constexpr int kR = Bgr ? 2 : 0;
+    static constexpr int kB = 2 - kR;
+
+    template <class N>
+    static N from(__m256i v)
+    {
+        if constexpr (kEB == 1)
+            return fromBytes<N>(v);
+        else
+            return fromWords<N>(v);
+    }
+    template <class N>
+    static __m256i to(const N& v)
+    {
+        if constexpr (kEB == 1)
+            return toBytes(v);
+        else
+            return toWords(v);
+    }
+};
+
+template <class T, int Ch, bool Bgr>
+struct PixelsIn : Pixels<T, Ch, Bgr> {
+    using P = Pixels<T, Ch, Bgr>;
+    const T* p;
+
+    PixelsIn row(int y, int step) const { return {{}, rowAt(p, step, y)}; }
+
+    Trio<Int> get(int i) const
+    {
+        const T* s = p + Ch * i;
+        return {s[P::kR], s[1], s[P::kB]};
+    }
+
+    template <class N>
+    Trio<N> load(int i) const
+    {
+        static_assert(N::kPixels * P::kEB == 32);
+        const uint8_t* s = reinterpret_cast<const uint8_t*>(p + Ch * i);
+        __m256i c[Ch];
+        for (int k = 0; k < Ch; ++k)
+            c[k] = simd::load2x128(s + 16 * k, s + 16 * Ch + 16 * k);
+        return {P::template from<N>(gather<Ch, P::kR, P::kEB>(c)), P::template from<N>(gather<Ch, 1, P::kEB>(c)),
+                P::template from<N>(gather<Ch, P::kB, P::kEB>(c))};
+    }
+};
+
+template <class T, int Ch, bool Bgr>
+struct PixelsOut : Pixels<T, Ch, Bgr> {
+    using P = Pixels<T, Ch, Bgr>;
+    T* p;
+    T alpha = 0;
+
+    PixelsOut row(int y, int step) const { return {{}, rowAt(p, step, y), alpha}; }
+
+    void put(int i, const Trio<Int>& v) const
+    {
+        T* d = p + Ch * i;
+        d[P::kR] = narrow<T>(v.a);
+        d[1] = narrow<T>(v.b);
+        d[P::kB] = narrow<T>(v.c);
+        if constexpr (Ch == 4)
+            d[3] = alpha;
+    }
+
+    template <class N>
+    void store(int i, const Trio<N>& v) const
+    {
+        static_assert(N::kPixels * P::kEB == 32);
+        uint8_t* d = reinterpret_cast<uint8_t*>(p + Ch * i);
+        // Channel registers in memory order, and the fourth sample.
+        const __m256i c[3] = {P::to(Bgr ? v.c : v.a), P::to(v.b), P::to(Bgr ? v.a : v.c)};
+        const __m256i a = P::kEB == 1 ? _mm256_set1_epi32(int32_t(uint32_t(uint8_t(alpha)) << 24))
+                                      : _mm256_set1_epi64x(int64_t(uint64_t(uint16_t(alpha)) << 48));
+        auto put = [&](int k, __m256i x) {
+            _mm256_storeu2_m128i(reinterpret_cast<__m128i*>(d + 16 * Ch + 16 * k), reinterpret_cast<__m128i*>(d + 16 * k), x);
+        };
+        put(0, scatter<Ch, 0, P::kEB>(c, a));
+        put(1, scatter<Ch, 1, P::kEB>(c, a));
+        put(2, scatter<Ch, 2, P::kEB>(c, a));
+        if constexpr (Ch == 4)
+            put(3, scatter<Ch, 3, P::kEB>(c, a));
+    }
+};
+
+// Three planes of T (bytes, signed 16-bit or signed 32-bit) sharing a step.
+// Byte planes travel as Bytes, Pair16 or Unpacked16, 16-bit ones as
+// Lanes16, Lanes32 or Pair16, 32-bit ones as Lanes32.
+template <class T, class N>
+inline N loadPlane(const T* s)
+{
+    auto at = [&](int j) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + j)); };
+    if constexpr (std::is_same_v<T, uint8_t>)
+        return fromBytes<N>(at(0));
+    else if constexpr (std::is_same_v<T, int16_t> && std::is_same_v<N, Pair16>)
+        return {{at(0)}, {at(16)}};
+    else if constexpr (std::is_same_v<T, int16_t>)
+        return fromWords<N>(at(0));
+    else
+        return Lanes32{at(0), at(8)};
+}
+
+template <class T, class N>
+inline void storePlane(T* d, const N& v)
+{
+    auto at = [&](int j, __m256i x) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + j), x); };
+    if constexpr (std::is_same_v<T, uint8_t>) {
+        at(0, toBytes(v));
+    } else if constexpr (std::is_same_v<T, int16_t> && std::is_same_v<N, Pair16>) {
+        at(0, v.lo.v);
+        at(16, v.hi.v);
+    } else if constexpr (std::is_same_v<T, int16_t>) {
+        at(0, toWords(v));
+    } else {
+        at(0, v.lo);
+        at(8, v.hi);
+    }
+}
+
+template <class T>
+struct PlanesIn {
+    const T* p[3];
+
+    PlanesIn row(int y, int step) const { return {{rowAt(p[0], step, y), rowAt(p[1], step, y), rowAt(p[2], step, y)}}; }
+
+    Trio<Int> get(int i) const { return {p[0][i], p[1][i], p[2][i]}; }
+
+    template <class N>
+    Trio<N> load(int i) const
+    {
+        return {loadPlane<T, N>(p[0] + i), loadPlane<T, N>(p[1] + i), loadPlane<T, N>(p[2] + i)};
+    }
+};
+
+template <class T>
+struct PlanesOut {
+    T* p[3];
+
+    PlanesOut row(int y, int step) const { return {{rowAt(p[0], step, y), rowAt(p[1], step, y), rowAt(p[2], step, y)}}; }
+
+    void put(int i, const Trio<Int>& v) const
+    {
+        p[0][i] = narrow<T>(v.a);
+        p[1][i] = narrow<T>(v.b);
+        p[2][i] = narrow<T>(v.c);
+    }
+
+    template <class N>
+    void store(int i, const Trio<N>& v) const
+    {
+        storePlane(p[0] + i, v.a);
+        storePlane(p[1] + i, v.b);
+        storePlane(p[2] + i, v.c);
+    }
+};
+
+// ---------------------------------------------------------------------------
+// One row: whole vectors of N::kPixels pixels by the vector path (or by the
+// scalar form when the test switch asks for it), the rest by the scalar
+// form.
+template <class Form, class N, class In, class Out>
+inline void convertRow(const In& in, const Out& out, int width)
+{
+    int i = 0;
+    if (!g_scalarBlocks)
+        for (; i + N::kPixels <= width; i += N::kPixels)
+            out.store(i, Form::apply(in.template load<N>(i)));
+    for (; i < width; ++i)
+        out.put(i, Form::apply(in.get(i)));
+}
+
+// The serial driver of every member: one row after the other.
+template <class Form, class N, class In, class Out>
+inline void convertRows(const In& in, int srcStep, const Out& out, int dstStep, RoiSize roi)
+{
+    for (int y = 0; y < roi.height; ++y)
+        convertRow<Form, N>(in.row(y, srcStep), out.row(y, dstStep), roi.width);
+}
+
+}  // namespace h9::ycocg

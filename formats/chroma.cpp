@@ -10,14 +10,16 @@
 // of 0 or less and reports success.
 #include "formats/chroma.h"
 #include "frame/fronts.h"
+#include "frame/primitives/primitives.h"
 
 namespace h9 {
 namespace {
 
 using namespace fmt;
 
-// When the luma row copies take streaming stores: never, from 348603 pixels
-// on, or above 524288 pixels. Either choice gives the same bytes.
+// When the luma row copies may take streaming stores: never, from 348603
+// pixels on, or above 524288 pixels; and then only where the luma plane
+// outgrows the cache (streamingPays). Either choice gives the same bytes.
 enum class Stream { Never, From348603, Above524288 };
 
 struct Rule {
@@ -42,8 +44,9 @@ OrvStatus convert(const Side& s, const Side& d, RoiSize roi)
     if (height <= 0)
         return orvStatusOk;
     const int32_t area = area32(width, height);
-    const bool stream = (R.stream == Stream::From348603 && area >= 348603) ||
-                        (R.stream == Stream::Above524288 && area > 524288);
+    const bool large = (R.stream == Stream::From348603 && area >= 348603) ||
+                       (R.stream == Stream::Above524288 && area > 524288);
+    const bool stream = R.stream != Stream::Never && streamingPays(area, large);
     ChromaKernel<S, D, K, R.src, R.dst>::frame(s.frame, d.frame, width, height, stream);
     return orvStatusOk;
 }

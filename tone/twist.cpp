@@ -28,6 +28,7 @@
 #include "frame/fpmode.h"
 #include "frame/fronts.h"
 #include "frame/scalar.h"
+#include "frame/primitives/primitives.h"
 #include "frame/simd.h"
 
 namespace h9 {
@@ -666,22 +667,13 @@ bool contiguous(int srcStep, int dstStep, RoiSize roi, int pixelBytes)
     return srcStep == dstStep && srcStep == rowBytes && (long long)roi.width * roi.height <= INT32_MAX;
 }
 
-// Whether a 32f image of `values` floats is written with streaming stores. They spare the
-// read of each destination line but send it to memory at once, which pays
-// only where the destination would not stay in cache anyway. Measured at
-// 1920x1080 on one thread (24.9 MB written; processor time, median of five,
-// on a machine whose largest cache reports 508 MiB): 2.10 and 2.27 ms
-// streamed against 1.61 and 1.94 ms with ordinary stores, and 1.58 to
-// 1.71 ms for a memcpy of the same bytes. So: stream a destination larger
-// than the largest cache the platform reports; where it reports none, one
-// of more than 34992 values. The C4 member measured alike (3.74 ms streamed
-// against 2.69 ms for its scalar form with ordinary stores, 33 MB written).
+// Whether a 32f image of `values` floats is written with streaming stores:
+// where the destination outgrows the cache, else above 34992 values. The C4
+// member measured alike (3.74 ms streamed against 2.69 ms for its scalar form
+// with ordinary stores, 33 MB written).
 bool streamFloats(long long values)
 {
-    int32_t cache = 0;
-    if (orvGetMaxCacheSizeB(&cache) != 0)
-        return values > 34992;
-    return values * (long long)sizeof(float) > cache;
+    return streamingPays(values * (long long)sizeof(float), values > 34992);
 }
 
 // orviColorTwist_32f_C3R: a contiguous image as one run, otherwise row by

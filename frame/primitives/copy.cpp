@@ -531,4 +531,12 @@ void ownccCopy_8u_C1_W7(const Orv8u* s, Orv8u* d, int length, int stream)
         _mm_sfence();
 }
 
+bool streamingPays(long long bytes, bool otherwise)
+{
+    int32_t cache = 0;
+    if (orvGetMaxCacheSizeB(&cache) != 0)
+        return otherwise;
+    return bytes > cache;
+}
+
 }  // namespace h9

@@ -1,0 +1,337 @@
+// RGB and studio-range YCbCr with subsampled chroma, both directions: vector
+// paths against scalar forms over many geometries, the order of the
+// argument checks, odd sizes, byte orders, alpha, and known answers worked
+// out by hand from the definitions of the forms.
+#include <array>
+#include <functional>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "support/image.h"
+
+using namespace orvtest;
+
+namespace {
+
+// ---------------------------------------------------------------------------
+// A plane of a subsampled image: bytes of a row for a width, rows for a
+// height.
+struct Shape {
+    std::function<int(int)> bytes;
+    int rowDiv = 1;
+};
+const Shape kC3{[](int w) { return 3 * w; }}, kC4{[](int w) { return 4 * w; }}, kC2{[](int w) { return 2 * w; }};
+const Shape kLuma{[](int w) { return w; }};
+const Shape kHalf{[](int w) { return w / 2; }}, kQuarter{[](int w) { return w / 4; }};
+const Shape kHalf420{[](int w) { return w / 2; }, 2}, kPairs420{[](int w) { return w / 2 * 2; }, 2};
+
+// The arguments of a call; the flags stand for null arrays.
+struct Args {
+    std::array<uint8_t*, 3> s{}, d{};
+    std::array<int, 3> ss{}, ds{};
+    bool srcArrayNull = false, dstArrayNull = false, srcStepsNull = false, dstStepsNull = false;
+    RoiSize roi{};
+
+    const Orv8u* const* srcArray() const { return srcArrayNull ? nullptr : s.data(); }
+    Orv8u** dstArray() { return dstArrayNull ? nullptr : d.data(); }
+    const int* srcSteps() const { return srcStepsNull ? nullptr : ss.data(); }
+    int* dstSteps() { return dstStepsNull ? nullptr : ds.data(); }
+};
+
+enum class Fault { Src, SrcUV, Dst, DstUV, Width, Height, SrcPlane0, SrcPlane1, SrcPlane2, DstPlane0, DstPlane1, DstPlane2, SrcSteps, DstSteps };
+
+struct Conversion {
+    std::string name;
+    std::vector<Shape> src, dst;
+    std::function<OrvStatus(Args&)> call;
+    std::vector<Fault> checks;
+    int minWidth = 1;
+    bool srcArray = false, dstArray = false;  // planes passed as an array
+};
+
+// Adapters from each shape of exported function.
+using Fwd = OrvStatus (*)(const Orv8u*, int, Orv8u*, int, RoiSize);
+using FwdP3 = OrvStatus (*)(const Orv8u*, int, Orv8u* [3], int[3], RoiSize);
+using FwdP2 = OrvStatus (*)(const Orv8u*, int, Orv8u*, int, Orv8u*, int, RoiSize);
+using FromP3 = OrvStatus (*)(const Orv8u* const[3], int, Orv8u*, int, RoiSize);
+using InvP3 = OrvStatus (*)(const Orv8u* const[3], const int[3], Orv8u*, int, RoiSize);
+using InvP3A = OrvStatus (*)(const Orv8u* const[3], const int[3], Orv8u*, int, RoiSize, Orv8u);
+using InvP2 = OrvStatus (*)(const Orv8u*, int, const Orv8u*, int, Orv8u*, int, RoiSize);
+using InvP2A = OrvStatus (*)(const Orv8u*, int, const Orv8u*, int, Orv8u*, int, RoiSize, Orv8u);
+using InvA = OrvStatus (*)(const Orv8u*, int, Orv8u*, int, RoiSize, Orv8u);
+using ToP3 = OrvStatus (*)(const Orv8u*, int, Orv8u* [3], int, RoiSize);
+
+using F = Fault;
+const std::vector<F> kRect = {F::Src, F::Dst, F::Width, F::Height};
+const std::vector<F> kToP3 = {F::Src, F::Dst, F::Width, F::Height, F::DstPlane0, F::DstPlane1, F::DstPlane2, F::DstSteps};
+const std::vector<F> kFromP3 = {F::Src, F::Dst, F::Width, F::Height, F::SrcPlane0, F::SrcPlane1, F::SrcPlane2, F::SrcSteps};
+const std::vector<F> kFromP3Step = {F::Src, F::Dst, F::Width, F::Height, F::SrcPlane0, F::SrcPlane1, F::SrcPlane2};
+const std::vector<F> kToP2 = {F::Dst, F::DstUV, F::Src, F::Width, F::Height};
+const std::vector<F> kFromP2 = {F::Src, F::SrcUV, F::Dst, F::Width, F::Height};
+const std::vector<F> kFromP2SizeFirst = {F::Width, F::Height, F::Src, F::SrcUV, F::Dst};
+const std::vector<F> kC2ToP3 = {F::Src, F::Dst, F::Width, F::Height, F::DstPlane0, F::DstPlane1, F::DstPlane2};
+
+Conversion fwd(std::string n, Fwd f, Shape s, int minW = 1)
+{
+    return {n, {s}, {kC2}, [f](Args& a) { return f(a.s[0], a.ss[0], a.d[0], a.ds[0], a.roi); }, kRect, minW};
+}
+Conversion fwdP3(std::string n, FwdP3 f, Shape s, Shape chroma, int minW = 1)
+{
+    return {n, {s}, {kLuma, chroma, chroma},
+            [f](Args& a) { return f(a.s[0], a.ss[0], a.dstArray(), a.dstSteps(), a.roi); }, kToP3, minW, false, true};
+}
+Conversion fwdP2(std::string n, FwdP2 f, Shape s)
+{
+    return {n, {s}, {kLuma, kPairs420},
+            [f](Args& a) { return f(a.s[0], a.ss[0], a.d[0], a.ds[0], a.d[1], a.ds[1], a.roi); }, kToP2};
+}
+Conversion fromP3(std::string n, FromP3 f)
+{
+    return {n, {kLuma, kLuma, kLuma}, {kC2},
+            [f](Args& a) { return f(a.srcArray(), a.ss[0], a.d[0], a.ds[0], a.roi); }, kFromP3Step, 1, true};
+}
+Conversion inv(std::string n, Fwd f, Shape d, int minW = 1)
+{
+    return {n, {kC2}, {d}, [f](Args& a) { return f(a.s[0], a.ss[0], a.d[0], a.ds[0], a.roi); }, kRect, minW};
+}
+Conversion invA(std::string n, InvA f, Shape d, Orv8u alpha)
+{
+    return {n, {kC2}, {d}, [f, alpha](Args& a) { return f(a.s[0], a.ss[0], a.d[0], a.ds[0], a.roi, alpha); }, kRect};
+}
+Conversion toP3(std::string n, ToP3 f)
+{
+    return {n, {kC2}, {kLuma, kLuma, kLuma},
+            [f](Args& a) { return f(a.s[0], a.ss[0], a.dstArray(), a.ds[0], a.roi); }, kC2ToP3, 1, false, true};
+}
+Conversion invP3(std::string n, InvP3 f, Shape chroma, Shape d, int minW = 1)
+{
+    return {n, {kLuma, chroma, chroma}, {d},
+            [f](Args& a) { return f(a.srcArray(), a.srcSteps(), a.d[0], a.ds[0], a.roi); }, kFromP3, minW, true};
+}
+Conversion invP3A(std::string n, InvP3A f, Shape chroma, Shape d, Orv8u alpha, int minW = 1)
+{
+    return {n, {kLuma, chroma, chroma}, {d},
+            [f, alpha](Args& a) { return f(a.srcArray(), a.srcSteps(), a.d[0], a.ds[0], a.roi, alpha); }, kFromP3, minW,
+            true};
+}
+Conversion invP2(std::string n, InvP2 f, Shape d)
+{
+    return {n, {kLuma, kPairs420}, {d},
+            [f](Args& a) { return f(a.s[0], a.ss[0], a.s[1], a.ss[1], a.d[0], a.ds[0], a.roi); }, kFromP2};
+}
+Conversion invP2A(std::string n, InvP2A f, Shape d, Orv8u alpha, bool sizesFirst = false)
+{
+    return {n, {kLuma, kPairs420}, {d},
+            [f, alpha](Args& a) { return f(a.s[0], a.ss[0], a.s[1], a.ss[1], a.d[0], a.ds[0], a.roi, alpha); },
+            sizesFirst ? kFromP2SizeFirst : kFromP2};
+}
+
+const std::vector<Conversion>& conversions()
+{
+    static const std::vector<Conversion> all = [] {
+        std::vector<Conversion> v = {
+            fwdP3("RGBToYCbCr422_8u_C3P3R", orviRGBToYCbCr422_8u_C3P3R, kC3, kHalf, 2),
+            fwdP3("BGRToYCbCr422_8u_C3P3R", orviBGRToYCbCr422_8u_C3P3R, kC3, kHalf, 2),
+            fwdP3("BGRToYCbCr422_8u_AC4P3R", orviBGRToYCbCr422_8u_AC4P3R, kC4, kHalf, 2),
+            fwd("RGBToYCbCr422_8u_C3C2R", orviRGBToYCbCr422_8u_C3C2R, kC3),
+            fwd("BGRToYCbCr422_8u_C3C2R", orviBGRToYCbCr422_8u_C3C2R, kC3, 2),
+            fwd("BGRToYCbCr422_8u_AC4C2R", orviBGRToYCbCr422_8u_AC4C2R, kC4, 2),
+            fwd("RGBToYCrCb422_8u_C3C2R", orviRGBToYCrCb422_8u_C3C2R, kC3),
+            fwd("BGRToCbYCr422_8u_AC4C2R", orviBGRToCbYCr422_8u_AC4C2R, kC4),
+            fwd("RGBToCbYCr422_8u_C3C2R", orviRGBToCbYCr422_8u_C3C2R, kC3),
+            fwd("RGBToCbYCr422Gamma_8u_C3C2R", orviRGBToCbYCr422Gamma_8u_C3C2R, kC3),
+            fromP3("RGBToYCbCr422_8u_P3C2R", orviRGBToYCbCr422_8u_P3C2R),
+            fromP3("RGBToYCrCb422_8u_P3C2R", orviRGBToYCrCb422_8u_P3C2R),
+            fwdP3("RGBToYCbCr420_8u_C3P3R", orviRGBToYCbCr420_8u_C3P3R, kC3, kHalf420),
+            fwdP3("BGRToYCbCr420_8u_C3P3R", orviBGRToYCbCr420_8u_C3P3R, kC3, kHalf420),
+            fwdP3("BGRToYCrCb420_8u_C3P3R", orviBGRToYCrCb420_8u_C3P3R, kC3, kHalf420),
+            fwdP3("BGRToYCbCr420_8u_AC4P3R", orviBGRToYCbCr420_8u_AC4P3R, kC4, kHalf420),
+            fwdP3("BGRToYCrCb420_8u_AC4P3R", orviBGRToYCrCb420_8u_AC4P3R, kC4, kHalf420),
+            fwdP3("RGBToYCrCb420_8u_AC4P3R", orviRGBToYCrCb420_8u_AC4P3R, kC4, kHalf420),
+            fwdP2("RGBToYCbCr420_8u_C3P2R", orviRGBToYCbCr420_8u_C3P2R, kC3),
+            fwdP2("BGRToYCbCr420_8u_C3P2R", orviBGRToYCbCr420_8u_C3P2R, kC3),
+            fwdP2("RGBToYCbCr420_8u_C4P2R", orviRGBToYCbCr420_8u_C4P2R, kC4),
+            fwdP2("BGRToYCbCr420_8u_AC4P2R", orviBGRToYCbCr420_8u_AC4P2R, kC4),
+            fwdP3("BGRToYCbCr411_8u_C3P3R", orviBGRToYCbCr411_8u_C3P3R, kC3, kQuarter, 4),
+            fwdP3("BGRToYCbCr411_8u_AC4P3R", orviBGRToYCbCr411_8u_AC4P3R, kC4, kQuarter, 4),
+
+            inv("YCbCr422ToRGB_8u_C2C3R", orviYCbCr422ToRGB_8u_C2C3R, kC3),
+            inv("YCbCr422ToBGR_8u_C2C3R", orviYCbCr422ToBGR_8u_C2C3R, kC3, 2),
+            inv("YCrCb422ToRGB_8u_C2C3R", orviYCrCb422ToRGB_8u_C2C3R, kC3),
+            inv("YCrCb422ToBGR_8u_C2C3R", orviYCrCb422ToBGR_8u_C2C3R, kC3),
+            inv("CbYCr422ToRGB_8u_C2C3R", orviCbYCr422ToRGB_8u_C2C3R, kC3),
+            invA("YCbCr422ToRGB_8u_C2C4R", orviYCbCr422ToRGB_8u_C2C4R, kC4, 7),
+            invA("YCbCr422ToBGR_8u_C2C4R", orviYCbCr422ToBGR_8u_C2C4R, kC4, 8),
+            invA("YCrCb422ToRGB_8u_C2C4R", orviYCrCb422ToRGB_8u_C2C4R, kC4, 9),
+            invA("YCrCb422ToBGR_8u_C2C4R", orviYCrCb422ToBGR_8u_C2C4R, kC4, 10),
+            invA("CbYCr422ToBGR_8u_C2C4R", orviCbYCr422ToBGR_8u_C2C4R, kC4, 11),
+            toP3("YCbCr422ToRGB_8u_C2P3R", orviYCbCr422ToRGB_8u_C2P3R),
+            toP3("YCrCb422ToRGB_8u_C2P3R", orviYCrCb422ToRGB_8u_C2P3R),
+            invP3("YCbCr422ToRGB_8u_P3C3R", orviYCbCr422ToRGB_8u_P3C3R, kHalf, kC3, 2),
+            invP3("YCbCr422ToBGR_8u_P3C3R", orviYCbCr422ToBGR_8u_P3C3R, kHalf, kC3, 2),
+            invP3("YCbCr420ToRGB_8u_P3C3R", orviYCbCr420ToRGB_8u_P3C3R, kHalf420, kC3),
+            invP3("YCbCr420ToBGR_8u_P3C3R", orviYCbCr420ToBGR_8u_P3C3R, kHalf420, kC3),
+            invP3A("YCbCr420ToBGR_8u_P3C4R", orviYCbCr420ToBGR_8u_P3C4R, kHalf420, kC4, 12),
+            invP3A("YCrCb420ToRGB_8u_P3C4R", orviYCrCb420ToRGB_8u_P3C4R, kHalf420, kC4, 13),
+            invP3A("YCrCb420ToBGR_Filter_8u_P3C4R", orviYCrCb420ToBGR_Filter_8u_P3C4R, kHalf420, kC4, 14),
+            invP2("YCbCr420ToRGB_8u_P2C3R", orviYCbCr420ToRGB_8u_P2C3R, kC3),
+            invP2("YCbCr420ToBGR_8u_P2C3R", orviYCbCr420ToBGR_8u_P2C3R, kC3),
+            invP2("YCrCb420ToRGB_8u_P2C3R", orviYCrCb420ToRGB_8u_P2C3R, kC3),
+            invP2("YCrCb420ToBGR_8u_P2C3R", orviYCrCb420ToBGR_8u_P2C3R, kC3),
+            invP2A("YCbCr420ToRGB_8u_P2C4R", orviYCbCr420ToRGB_8u_P2C4R, kC4, 15),
+            invP2A("YCbCr420ToBGR_8u_P2C4R", orviYCbCr420ToBGR_8u_P2C4R, kC4, 16),
+            invP2A("YCrCb420ToRGB_8u_P2C4R", orviYCrCb420ToRGB_8u_P2C4R, kC4, 17, true),
+            invP2A("YCrCb420ToBGR_8u_P2C4R", orviYCrCb420ToBGR_8u_P2C4R, kC4, 18, true),
+            invP3("YCbCr411ToBGR_8u_P3C3R", orviYCbCr411ToBGR_8u_P3C3R, kQuarter, kC3, 4),
+            invP3A("YCbCr411ToBGR_8u_P3C4R", orviYCbCr411ToBGR_8u_P3C4R, kQuarter, kC4, 19, 4),
+        };
+        return v;
+    }();
+    return all;
+}
+
+const Conversion& conv(const std::string& name)
+{
+    for (const auto& c : conversions())
+        if (c.name == name)
+            return c;
+    ADD_FAILURE() << name;
+    return conversions()[0];
+}
+
+// ---------------------------------------------------------------------------
+// Images of a side, laid per geometry.
+struct Side {
+    std::vector<std::unique_ptr<GuardedImage>> img;
+
+    Side(const std::vector<Shape>& shapes, int w, int h, int pad, bool negative, int slack)
+    {
+        for (const Shape& s : shapes) {
+            const int bytes = s.bytes(w);
+            const int step = bytes + pad;
+            img.push_back(std::make_unique<GuardedImage>(bytes, h / s.rowDiv, negative ? -step : step, slack));
+        }
+    }
+    void fill(std::mt19937& rng)
+    {
+        for (auto& i : img)
+            i->fillBytes(rng);
+    }
+    void copyFrom(const Side& o)
+    {
+        for (std::size_t k = 0; k < img.size(); ++k)
+            img[k]->copyFrom(*o.img[k]);
+    }
+    std::vector<uint8_t> pixels() const
+    {
+        std::vector<uint8_t> v;
+        for (auto& i : img) {
+            const auto p = i->pixels();
+            v.insert(v.end(), p.begin(), p.end());
+        }
+        return v;
+    }
+    bool guardsIntact() const
+    {
+        for (auto& i : img)
+            if (!i->guardsIntact())
+                return false;
+        return true;
+    }
+    void into(std::array<uint8_t*, 3>& p, std::array<int, 3>& steps) const
+    {
+        for (std::size_t k = 0; k < img.size(); ++k) {
+            p[k] = img[k]->data();
+            steps[k] = img[k]->step();
+        }
+    }
+};
+
+struct Call {
+    Side src, dst;
+    Args args;
+    Call(const Conversion& c, int w, int h, int srcPad = 0, int dstPad = 0, bool negative = false, int slack = 0)
+        : src(c.src, w, h, srcPad, negative, slack), dst(c.dst, w, h, dstPad, negative, slack)
+    {
+        src.into(args.s, args.ss);
+        dst.into(args.d, args.ds);
+        args.roi = {w, h};
+    }
+};
+
+TEST(YCbCrSub, VectorPathsMatchScalarForms)
+{
+    std::mt19937 rng(77);
+    for (const Conversion& c : conversions()) {
+        SCOPED_TRACE(c.name);
+        for (const Geometry& g : standardSweep(1)) {
+            SCOPED_TRACE(g.str());
+            Call v(c, g.width, g.height, g.srcPad, g.dstPad, g.negative, g.endSlack);
+            Call s(c, g.width, g.height, g.srcPad, g.dstPad, g.negative, g.endSlack);
+            v.src.fill(rng);
+            s.src.copyFrom(v.src);
+            v.dst.fill(rng);
+            s.dst.copyFrom(v.dst);
+            const OrvStatus sv = c.call(v.args);
+            OrvStatus ss;
+            {
+                ScalarBlocks scalar;
+                ss = c.call(s.args);
+            }
+            ASSERT_EQ(sv, ss);
+            ASSERT_TRUE(sv >= 0 || g.width < c.minWidth);
+            ASSERT_TRUE(v.src.guardsIntact());
+            ASSERT_TRUE(v.dst.guardsIntact());
+            ASSERT_TRUE(s.dst.guardsIntact());
+            ASSERT_EQ(v.dst.pixels(), s.dst.pixels());
+        }
+    }
+}
+
+// Every single fault and every pair: the status of the check made first,
+// no destination byte changed.
+TEST(YCbCrSub, CheckOrderAndNothingWrittenOnFailure)
+{
+    std::mt19937 rng(5);
+    for (const Conversion& c : conversions()) {
+        SCOPED_TRACE(c.name);
+        Call call(c, 20, 4);
+        call.src.fill(rng);
+        call.dst.fill(rng);
+        const std::vector<uint8_t> before = call.dst.pixels();
+        auto run = [&](std::vector<Fault> faults, int badSize) {
+            Args a = call.args;
+            for (Fault f : faults) {
+                switch (f) {
+                case F::Src: (c.srcArray ? a.srcArrayNull = true : (a.s[0] = nullptr, true)); break;
+                case F::SrcUV: a.s[1] = nullptr; break;
+                case F::Dst: (c.dstArray ? a.dstArrayNull = true : (a.d[0] = nullptr, true)); break;
+                case F::DstUV: a.d[1] = nullptr; break;
+                case F::Width: a.roi.width = badSize; break;
+                case F::Height: a.roi.height = badSize < 1 ? badSize : 0; break;
+                case F::SrcPlane0: case F::SrcPlane1: case F::SrcPlane2: a.s[int(f) - int(F::SrcPlane0)] = nullptr; break;
+                case F::DstPlane0: case F::DstPlane1: case F::DstPlane2: a.d[int(f) - int(F::DstPlane0)] = nullptr; break;
+                case F::SrcSteps: a.srcStepsNull = true; break;
+                case F::DstSteps: a.dstStepsNull = true; break;
+                }
+            }
+            return c.call(a);
+        };
+        auto statusOf = [](Fault f) { return (f == F::Width || f == F::Height) ? orvStatusBadSize : orvStatusNullPointer; };
+        for (int bad : {c.minWidth - 1, -1}) {
+            for (std::size_t i = 0; i < c.checks.size(); ++i)
+                for (std::size_t j = i; j < c.checks.size(); ++j) {
+                    std::vector<Fault> faults{c.checks[i]};
+                    if (j != i)
+                        faults.push_back(c.checks[j]);
+                    EXPECT_EQ(run(faults, bad), statusOf(c.checks[i])) << "checks " << i << " and " << j;
+                    ASSERT_EQ(call.dst.pixels(), before);
+                }
+        }
+        EXPECT_GE(run({}, 0), 0);
+    }
+}
+
+}  // namespace

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "support/image.h"
+#include "support/planes.h"
 
 using namespace orvtest;
 
@@ -40,13 +40,14 @@ struct Args {
     int* dstSteps() { return dstStepsNull ? nullptr : ds.data(); }
 };
 
-enum class Fault { Src, SrcUV, Dst, DstUV, Width, Height, SrcPlane0, SrcPlane1, SrcPlane2, DstPlane0, DstPlane1, DstPlane2, SrcSteps, DstSteps };
+enum class SubFault { Src, SrcUV, Dst, DstUV, Width, Height, SrcPlane0, SrcPlane1, SrcPlane2, DstPlane0, DstPlane1, DstPlane2, SrcSteps, DstSteps };
+using F = SubFault;
 
-struct Conversion {
+struct Member {
     std::string name;
     std::vector<Shape> src, dst;
     std::function<OrvStatus(Args&)> call;
-    std::vector<Fault> checks;
+    std::vector<F> checks;
     int minWidth = 1;
     bool srcArray = false, dstArray = false;  // planes passed as an array
 };
@@ -63,7 +64,6 @@ using InvP2A = OrvStatus (*)(const Orv8u*, int, const Orv8u*, int, Orv8u*, int, 
 using InvA = OrvStatus (*)(const Orv8u*, int, Orv8u*, int, RoiSize, Orv8u);
 using ToP3 = OrvStatus (*)(const Orv8u*, int, Orv8u* [3], int, RoiSize);
 
-using F = Fault;
 const std::vector<F> kRect = {F::Src, F::Dst, F::Width, F::Height};
 const std::vector<F> kToP3 = {F::Src, F::Dst, F::Width, F::Height, F::DstPlane0, F::DstPlane1, F::DstPlane2, F::DstSteps};
 const std::vector<F> kFromP3 = {F::Src, F::Dst, F::Width, F::Height, F::SrcPlane0, F::SrcPlane1, F::SrcPlane2, F::SrcSteps};
@@ -73,65 +73,65 @@ const std::vector<F> kFromP2 = {F::Src, F::SrcUV, F::Dst, F::Width, F::Height};
 const std::vector<F> kFromP2SizeFirst = {F::Width, F::Height, F::Src, F::SrcUV, F::Dst};
 const std::vector<F> kC2ToP3 = {F::Src, F::Dst, F::Width, F::Height, F::DstPlane0, F::DstPlane1, F::DstPlane2};
 
-Conversion fwd(std::string n, Fwd f, Shape s, int minW = 1)
+Member fwd(std::string n, Fwd f, Shape s, int minW = 1)
 {
     return {n, {s}, {kC2}, [f](Args& a) { return f(a.s[0], a.ss[0], a.d[0], a.ds[0], a.roi); }, kRect, minW};
 }
-Conversion fwdP3(std::string n, FwdP3 f, Shape s, Shape chroma, int minW = 1)
+Member fwdP3(std::string n, FwdP3 f, Shape s, Shape chroma, int minW = 1)
 {
     return {n, {s}, {kLuma, chroma, chroma},
             [f](Args& a) { return f(a.s[0], a.ss[0], a.dstArray(), a.dstSteps(), a.roi); }, kToP3, minW, false, true};
 }
-Conversion fwdP2(std::string n, FwdP2 f, Shape s)
+Member fwdP2(std::string n, FwdP2 f, Shape s)
 {
     return {n, {s}, {kLuma, kPairs420},
             [f](Args& a) { return f(a.s[0], a.ss[0], a.d[0], a.ds[0], a.d[1], a.ds[1], a.roi); }, kToP2};
 }
-Conversion fromP3(std::string n, FromP3 f)
+Member fromP3(std::string n, FromP3 f)
 {
     return {n, {kLuma, kLuma, kLuma}, {kC2},
             [f](Args& a) { return f(a.srcArray(), a.ss[0], a.d[0], a.ds[0], a.roi); }, kFromP3Step, 1, true};
 }
-Conversion inv(std::string n, Fwd f, Shape d, int minW = 1)
+Member inv(std::string n, Fwd f, Shape d, int minW = 1)
 {
     return {n, {kC2}, {d}, [f](Args& a) { return f(a.s[0], a.ss[0], a.d[0], a.ds[0], a.roi); }, kRect, minW};
 }
-Conversion invA(std::string n, InvA f, Shape d, Orv8u alpha)
+Member invA(std::string n, InvA f, Shape d, Orv8u alpha)
 {
     return {n, {kC2}, {d}, [f, alpha](Args& a) { return f(a.s[0], a.ss[0], a.d[0], a.ds[0], a.roi, alpha); }, kRect};
 }
-Conversion toP3(std::string n, ToP3 f)
+Member toP3(std::string n, ToP3 f)
 {
     return {n, {kC2}, {kLuma, kLuma, kLuma},
             [f](Args& a) { return f(a.s[0], a.ss[0], a.dstArray(), a.ds[0], a.roi); }, kC2ToP3, 1, false, true};
 }
-Conversion invP3(std::string n, InvP3 f, Shape chroma, Shape d, int minW = 1)
+Member invP3(std::string n, InvP3 f, Shape chroma, Shape d, int minW = 1)
 {
     return {n, {kLuma, chroma, chroma}, {d},
             [f](Args& a) { return f(a.srcArray(), a.srcSteps(), a.d[0], a.ds[0], a.roi); }, kFromP3, minW, true};
 }
-Conversion invP3A(std::string n, InvP3A f, Shape chroma, Shape d, Orv8u alpha, int minW = 1)
+Member invP3A(std::string n, InvP3A f, Shape chroma, Shape d, Orv8u alpha, int minW = 1)
 {
     return {n, {kLuma, chroma, chroma}, {d},
             [f, alpha](Args& a) { return f(a.srcArray(), a.srcSteps(), a.d[0], a.ds[0], a.roi, alpha); }, kFromP3, minW,
             true};
 }
-Conversion invP2(std::string n, InvP2 f, Shape d)
+Member invP2(std::string n, InvP2 f, Shape d)
 {
     return {n, {kLuma, kPairs420}, {d},
             [f](Args& a) { return f(a.s[0], a.ss[0], a.s[1], a.ss[1], a.d[0], a.ds[0], a.roi); }, kFromP2};
 }
-Conversion invP2A(std::string n, InvP2A f, Shape d, Orv8u alpha, bool sizesFirst = false)
+Member invP2A(std::string n, InvP2A f, Shape d, Orv8u alpha, bool sizesFirst = false)
 {
     return {n, {kLuma, kPairs420}, {d},
             [f, alpha](Args& a) { return f(a.s[0], a.ss[0], a.s[1], a.ss[1], a.d[0], a.ds[0], a.roi, alpha); },
             sizesFirst ? kFromP2SizeFirst : kFromP2};
 }
 
-const std::vector<Conversion>& conversions()
+const std::vector<Member>& conversions()
 {
-    static const std::vector<Conversion> all = [] {
-        std::vector<Conversion> v = {
+    static const std::vector<Member> all = [] {
+        std::vector<Member> v = {
             fwdP3("RGBToYCbCr422_8u_C3P3R", orviRGBToYCbCr422_8u_C3P3R, kC3, kHalf, 2),
             fwdP3("BGRToYCbCr422_8u_C3P3R", orviBGRToYCbCr422_8u_C3P3R, kC3, kHalf, 2),
             fwdP3("BGRToYCbCr422_8u_AC4P3R", orviBGRToYCbCr422_8u_AC4P3R, kC4, kHalf, 2),
@@ -192,7 +192,7 @@ const std::vector<Conversion>& conversions()
     return all;
 }
 
-const Conversion& conv(const std::string& name)
+const Member& conv(const std::string& name)
 {
     for (const auto& c : conversions())
         if (c.name == name)
@@ -202,61 +202,36 @@ const Conversion& conv(const std::string& name)
 }
 
 // ---------------------------------------------------------------------------
-// Images of a side, laid per geometry.
-struct Side {
-    std::vector<std::unique_ptr<GuardedImage>> img;
+// Images of a side, laid per geometry: one guarded image per plane, each of
+// its own size.
+Planes makeSide(const std::vector<Shape>& shapes, int w, int h, int pad, bool negative, int slack)
+{
+    Planes p;
+    for (const Shape& s : shapes) {
+        const int bytes = s.bytes(w);
+        const int step = bytes + pad;
+        p.img.push_back(std::make_unique<GuardedImage>(bytes, h / s.rowDiv, negative ? -step : step, slack));
+        p.ptr.push_back(p.img.back()->data());
+    }
+    return p;
+}
 
-    Side(const std::vector<Shape>& shapes, int w, int h, int pad, bool negative, int slack)
-    {
-        for (const Shape& s : shapes) {
-            const int bytes = s.bytes(w);
-            const int step = bytes + pad;
-            img.push_back(std::make_unique<GuardedImage>(bytes, h / s.rowDiv, negative ? -step : step, slack));
-        }
+void into(const Planes& p, std::array<uint8_t*, 3>& ptr, std::array<int, 3>& steps)
+{
+    for (std::size_t k = 0; k < p.img.size(); ++k) {
+        ptr[k] = p.ptr[k];
+        steps[k] = p.img[k]->step();
     }
-    void fill(std::mt19937& rng)
-    {
-        for (auto& i : img)
-            i->fillBytes(rng);
-    }
-    void copyFrom(const Side& o)
-    {
-        for (std::size_t k = 0; k < img.size(); ++k)
-            img[k]->copyFrom(*o.img[k]);
-    }
-    std::vector<uint8_t> pixels() const
-    {
-        std::vector<uint8_t> v;
-        for (auto& i : img) {
-            const auto p = i->pixels();
-            v.insert(v.end(), p.begin(), p.end());
-        }
-        return v;
-    }
-    bool guardsIntact() const
-    {
-        for (auto& i : img)
-            if (!i->guardsIntact())
-                return false;
-        return true;
-    }
-    void into(std::array<uint8_t*, 3>& p, std::array<int, 3>& steps) const
-    {
-        for (std::size_t k = 0; k < img.size(); ++k) {
-            p[k] = img[k]->data();
-            steps[k] = img[k]->step();
-        }
-    }
-};
+}
 
 struct Call {
-    Side src, dst;
+    Planes src, dst;
     Args args;
-    Call(const Conversion& c, int w, int h, int srcPad = 0, int dstPad = 0, bool negative = false, int slack = 0)
-        : src(c.src, w, h, srcPad, negative, slack), dst(c.dst, w, h, dstPad, negative, slack)
+    Call(const Member& c, int w, int h, int srcPad = 0, int dstPad = 0, bool negative = false, int slack = 0)
+        : src(makeSide(c.src, w, h, srcPad, negative, slack)), dst(makeSide(c.dst, w, h, dstPad, negative, slack))
     {
-        src.into(args.s, args.ss);
-        dst.into(args.d, args.ds);
+        into(src, args.s, args.ss);
+        into(dst, args.d, args.ds);
         args.roi = {w, h};
     }
 };
@@ -264,7 +239,7 @@ struct Call {
 TEST(YCbCrSub, VectorPathsMatchScalarForms)
 {
     std::mt19937 rng(77);
-    for (const Conversion& c : conversions()) {
+    for (const Member& c : conversions()) {
         SCOPED_TRACE(c.name);
         const std::vector<Geometry> sweep = standardSweep(1);
         for (std::size_t n = 0; n < sweep.size(); ++n) {
@@ -276,9 +251,9 @@ TEST(YCbCrSub, VectorPathsMatchScalarForms)
             SCOPED_TRACE(g.str());
             Call v(c, g.width, g.height, g.srcPad, g.dstPad, g.negative, g.endSlack);
             Call s(c, g.width, g.height, g.srcPad, g.dstPad, g.negative, g.endSlack);
-            v.src.fill(rng);
+            v.src.fillBytes(rng);
             s.src.copyFrom(v.src);
-            v.dst.fill(rng);
+            v.dst.fillBytes(rng);
             s.dst.copyFrom(v.dst);
             const OrvStatus sv = c.call(v.args);
             OrvStatus ss;
@@ -301,15 +276,15 @@ TEST(YCbCrSub, VectorPathsMatchScalarForms)
 TEST(YCbCrSub, CheckOrderAndNothingWrittenOnFailure)
 {
     std::mt19937 rng(5);
-    for (const Conversion& c : conversions()) {
+    for (const Member& c : conversions()) {
         SCOPED_TRACE(c.name);
         Call call(c, 20, 4);
-        call.src.fill(rng);
-        call.dst.fill(rng);
+        call.src.fillBytes(rng);
+        call.dst.fillBytes(rng);
         const std::vector<uint8_t> before = call.dst.pixels();
-        auto run = [&](std::vector<Fault> faults, int badSize) {
+        auto run = [&](std::vector<F> faults, int badSize) {
             Args a = call.args;
-            for (Fault f : faults) {
+            for (F f : faults) {
                 switch (f) {
                 case F::Src: (c.srcArray ? a.srcArrayNull = true : (a.s[0] = nullptr, true)); break;
                 case F::SrcUV: a.s[1] = nullptr; break;
@@ -325,11 +300,11 @@ TEST(YCbCrSub, CheckOrderAndNothingWrittenOnFailure)
             }
             return c.call(a);
         };
-        auto statusOf = [](Fault f) { return (f == F::Width || f == F::Height) ? orvStatusBadSize : orvStatusNullPointer; };
+        auto statusOf = [](F f) { return (f == F::Width || f == F::Height) ? orvStatusBadSize : orvStatusNullPointer; };
         for (int bad : {c.minWidth - 1, -1}) {
             for (std::size_t i = 0; i < c.checks.size(); ++i)
                 for (std::size_t j = i; j < c.checks.size(); ++j) {
-                    std::vector<Fault> faults{c.checks[i]};
+                    std::vector<F> faults{c.checks[i]};
                     if (j != i)
                         faults.push_back(c.checks[j]);
                     EXPECT_EQ(run(faults, bad), statusOf(c.checks[i])) << "checks " << i << " and " << j;
@@ -351,7 +326,7 @@ struct Result {
 
 Result run(const std::string& name, int w, int h, const std::vector<Rows>& src)
 {
-    const Conversion& c = conv(name);
+    const Member& c = conv(name);
     Call call(c, w, h);
     for (std::size_t k = 0; k < src.size(); ++k)
         for (std::size_t y = 0; y < src[k].size(); ++y)

@@ -365,8 +365,10 @@ struct PlanesOut {
 };
 
 // 32 pixels through a block form: both halves of the lanes, then packed.
+// Flattened: the loads, the form and the stores are one stretch of register
+// code, not calls that pass vectors through memory.
 template <class Form, class In, class Out>
-inline void blockOf32(const In& in, const Out& out, int i)
+[[gnu::flatten]] inline void blockOf32(const In& in, const Out& out, int i)
 {
     const Wide3 x = in.load32(i);
     const V3 lo = Form::lanes(V3{x.a.lo, x.b.lo, x.c.lo});

@@ -355,7 +355,7 @@ inline V quadSums(V pairs)
 // the chroma samples of the groups of H by K pixels, Cb in the low half of
 // `c`, Cr in the high half.
 template <class F, int H, int K>
-inline void block32(const Wide3 (&x)[K], __m256i (&ys)[K], __m256i& c)
+[[gnu::flatten]] inline void block32(const Wide3 (&x)[K], __m256i (&ys)[K], __m256i& c)
 {
     Wide s[3];
     for (int k = 0; k < K; ++k) {
@@ -394,7 +394,7 @@ inline void group(const std::array<In, K>& in, const Out& out, int i)
 // One row (K rows for one chroma row) of `width` pixels, whole groups only:
 // the block forms on [0, end), the tail forms on the rest.
 template <class F, int H, int K, class In, class Out>
-inline void forwardRow(const std::array<In, K>& in, const Out& out, int end, int width)
+[[gnu::flatten]] inline void forwardRow(const std::array<In, K>& in, const Out& out, int end, int width)
 {
     int i = 0;
     if (g_scalarBlocks) {

@@ -132,7 +132,7 @@ inline V previousPairs(V t, int carry)
 // 32 pixels by the three-tap block form: luma bytes and chroma (Cb low,
 // Cr high half); `carry` goes in and comes out as the odd terms of pair n-1
 // of the vector.
-inline void threeTap32(const Wide3& x, int pairs, Carry& carry, __m256i& y, __m256i& c)
+[[gnu::flatten]] inline void threeTap32(const Wide3& x, int pairs, Carry& carry, __m256i& y, __m256i& c)
 {
     y = packBytes({ThreeTap::luma(x.a.lo, x.b.lo, x.c.lo), ThreeTap::luma(x.a.hi, x.b.hi, x.c.hi)});
     const __m256i low = _mm256_set1_epi16(0xFF);

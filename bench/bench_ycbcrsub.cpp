@@ -155,6 +155,25 @@ void registerYCbCrSub()
     registerConversion("YCbCr411ToBGR_8u_P3C3R", 2, 3, fromP3(orviYCbCr411ToBGR_8u_P3C3R, 4, 1));
     registerConversion("YCbCr411ToBGR_8u_P3C4R", 2, 4, fromP3A(orviYCbCr411ToBGR_8u_P3C4R, 4, 1));
 
+    registerConversion("BGRToCbYCr422_709HDTV_8u_C3C2R", 3, 2, plain(orviBGRToCbYCr422_709HDTV_8u_C3C2R));
+    registerConversion("BGRToCbYCr422_709HDTV_8u_AC4C2R", 4, 2, plain(orviBGRToCbYCr422_709HDTV_8u_AC4C2R));
+    registerConversion("BGRToYCbCr420_709HDTV_8u_AC4P3R", 4, 2, toP3(orviBGRToYCbCr420_709HDTV_8u_AC4P3R, 2, 2));
+    registerConversion("BGRToYCbCr420_709CSC_8u_C3P3R", 3, 2, toP3(orviBGRToYCbCr420_709CSC_8u_C3P3R, 2, 2));
+    registerConversion("BGRToYCbCr420_709CSC_8u_AC4P3R", 4, 2, toP3(orviBGRToYCbCr420_709CSC_8u_AC4P3R, 2, 2));
+    registerConversion("BGRToYCrCb420_709CSC_8u_C3P3R", 3, 2, toP3(orviBGRToYCrCb420_709CSC_8u_C3P3R, 2, 2));
+    registerConversion("BGRToYCrCb420_709CSC_8u_AC4P3R", 4, 2, toP3(orviBGRToYCrCb420_709CSC_8u_AC4P3R, 2, 2));
+    registerConversion("BGRToYCbCr420_709CSC_8u_C3P2R", 3, 2, toP2(orviBGRToYCbCr420_709CSC_8u_C3P2R));
+    registerConversion("BGRToYCbCr420_709CSC_8u_AC4P2R", 4, 2, toP2(orviBGRToYCbCr420_709CSC_8u_AC4P2R));
+    registerConversion("CbYCr422ToBGR_709HDTV_8u_C2C3R", 2, 3, plain(orviCbYCr422ToBGR_709HDTV_8u_C2C3R));
+    registerConversion("CbYCr422ToBGR_709HDTV_8u_C2C4R", 2, 4, plainA(orviCbYCr422ToBGR_709HDTV_8u_C2C4R));
+    registerConversion("YCbCr420ToBGR_709HDTV_8u_P3C4R", 2, 4, fromP3A(orviYCbCr420ToBGR_709HDTV_8u_P3C4R, 2, 2));
+    registerConversion("YCbCr420ToBGR_709CSC_8u_P3C3R", 2, 3, fromP3(orviYCbCr420ToBGR_709CSC_8u_P3C3R, 2, 2));
+    registerConversion("YCbCrToBGR_709CSC_8u_P3C3R", 3, 3, fromP3Step(orviYCbCrToBGR_709CSC_8u_P3C3R));
+    registerConversion("YCbCrToBGR_709CSC_8u_P3C4R", 3, 4, [](uint8_t* s, int, uint8_t* d, int ds, RoiSize r) {
+        Planes p(s, r, r.width, r.height);
+        return orviYCbCrToBGR_709CSC_8u_P3C4R(p.p, r.width, d, ds, r, 255);
+    });
+
     const int w = kWidth, h = kHeight;
 #ifdef ORVCC_HAVE_LIBYUV
     // libyuv's "RGB24" is B, G, R in memory; its I420 and NV12 readers take
@@ -180,6 +199,12 @@ void registerYCbCrSub()
     }, 2, 3);
     yuv("YCbCr422ToBGR_8u_C2C4R/libyuv", [=](uint8_t* s, uint8_t* d) { libyuv::YUY2ToARGB(s, 2 * w, d, 4 * w, w, h); }, 2, 4);
     yuv("CbYCr422ToBGR_8u_C2C4R/libyuv", [=](uint8_t* s, uint8_t* d) { libyuv::UYVYToARGB(s, 2 * w, d, 4 * w, w, h); }, 2, 4);
+    yuv("YCbCr420ToBGR_709CSC_8u_P3C3R/libyuv", [=](uint8_t* s, uint8_t* d) {
+        libyuv::H420ToRGB24(s, w, s + area, w / 2, s + area + area / 4, w / 2, d, 3 * w, w, h);
+    }, 2, 3);
+    yuv("YCbCr420ToBGR_709HDTV_8u_P3C4R/libyuv", [=](uint8_t* s, uint8_t* d) {
+        libyuv::H420ToARGB(s, w, s + area, w / 2, s + area + area / 4, w / 2, d, 4 * w, w, h);
+    }, 2, 4);
     yuv("YCbCr422ToRGB_8u_P3C3R/libyuv", [=](uint8_t* s, uint8_t* d) {
         libyuv::I422ToRGB24(s, w, s + area, w / 2, s + area + area / 2, w / 2, d, 3 * w, w, h);
     }, 2, 3);

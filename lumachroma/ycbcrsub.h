@@ -208,52 +208,100 @@ struct C2 {
     uint8_t cb, cr;
 };
 
-// The block chroma of the sums: each product (s << Pre) * w >> 16 truncated
-// by itself, the three summed in 16 bits with wrap-around, + 16448 (128.5),
-// a logical shift by 7 and a saturating pack. Pre is 6 for sums of two
-// pixels, 5 for sums of four.
-template <int Pre>
-struct ChromaBlock {
-    static uint8_t one(int sr, int sg, int sb, Weights3 w)
+// A forward matrix as data: the weights and offsets of the scalar forms (16
+// fraction bits) and of the block forms (16-bit lanes), and the range of the
+// results. With the range 0 .. 255 the scalar results are kept to 8 bits (the
+// weights keep them in range, and the chroma offsets give 128 only modulo
+// 256); a narrower range clamps both forms.
+struct ForwardMatrix {
+    Weights3 y, cb, cr;  // scalar weights, 16 fraction bits
+    int yOffset;         // scalar luma offset (with its rounding)
+    int cOffset2;        // scalar chroma offset on sums of two, >> 17
+    int cOffset4;        // scalar chroma offset on sums of four, >> 18
+    Weights3 yBlock;     // block luma: (x << 8) * w >> 16, unsigned, summed saturating
+    int yBlockOffset;    // then + offset (saturating), >> 7
+    Weights3 cbBlock, crBlock;  // block chroma: ((s << pre) * w) >> 16 each
+    bool negateAfter;    // negative weights: product on |w| truncated, then subtracted
+    int cBlockOffset;    // + offset, 16-bit wrap, logical >> cBlockShift
+    int cBlockShift;
+    int lo, hi;          // range of the results
+};
+
+// Studio-range BT.601.
+inline constexpr ForwardMatrix k601 = {kWY, kWCb, kWCr, 0x108000, -0xFFC000, -0x1FF8000, {8422, 16515, 3212}, 2112,
+                                       kWCb, kWCr, false, 16448, 7, 0, 255};
+
+// BT.709 in studio range: block chroma products on the positive weight,
+// truncated, then subtracted.
+inline constexpr ForwardMatrix k709Studio = {{11993, 40239, 4063}, {-6619, -22151, 28770}, {28770, -26149, -2621},
+                                             0x108000, -0xFFC000, -0x1FF8000, {5997, 20120, 2032}, 2112,
+                                             {-6619, -22151, 28770}, {28770, -26149, -2621}, true, 16448, 7, 0, 255};
+
+// BT.709 with full-scale luma (no offset of 16), results kept in 1 .. 254;
+// block chroma weights at 15 fraction bits, + 8224 (128.5), >> 6.
+inline constexpr ForwardMatrix k709Full = {{13959, 46858, 4719}, {-7668, -25821, 33489}, {33489, -30409, -3080},
+                                           32768, 0x1010000, 0x2020000, {6980, 23429, 2359}, 64,
+                                           {-3834, -12911, 16744}, {16744, -15204, -1540}, false, 8224, 6, 1, 254};
+
+// The forms of a matrix M on groups whose sums are pre-shifted by Pre
+// (6 for sums of two pixels, 5 for sums of four).
+template <ForwardMatrix M, int Pre>
+struct FormsOf {
+    static constexpr bool kKeep8 = M.lo == 0 && M.hi == 255;
+    static uint8_t range(int v) { return kKeep8 ? uint8_t(v) : uint8_t(std::clamp(v, M.lo, M.hi)); }
+    static V range(V v)
     {
-        const uint16_t t = wrap16(hiS(sr << Pre, w.r) + hiS(sg << Pre, w.g) + hiS(sb << Pre, w.b));
-        return satU8(wrap16(t + 16448) >> 7);
+        if constexpr (kKeep8)
+            return v;
+        else
+            return _mm256_min_epi16(_mm256_max_epi16(v, k16(M.lo)), k16(M.hi));
     }
-    static V one(V sr, V sg, V sb, Weights3 w)
+
+    static uint8_t yBlock(int r, int g, int b)
     {
-        const V t = _mm256_add_epi16(_mm256_add_epi16(hiS(shl<Pre>(sr), w.r), hiS(shl<Pre>(sg), w.g)), hiS(shl<Pre>(sb), w.b));
-        return srl<7>(add(t, 16448));
+        const uint16_t t = addsU16(addsU16(hiU(r << 8, M.yBlock.r), hiU(g << 8, M.yBlock.g)), hiU(b << 8, M.yBlock.b));
+        return range(satU8(addsU16(t, M.yBlockOffset) >> 7));
     }
-    static C2 cBlock(int sr, int sg, int sb) { return {one(sr, sg, sb, kWCb), one(sr, sg, sb, kWCr)}; }
+    static V yBlock(V r, V g, V b)
+    {
+        const V t = addsU(addsU(hiU(shl<8>(r), M.yBlock.r), hiU(shl<8>(g), M.yBlock.g)), hiU(shl<8>(b), M.yBlock.b));
+        return range(srl<7>(addsU(t, M.yBlockOffset)));
+    }
+    static uint8_t yTail(int r, int g, int b, int) { return range((r * M.y.r + g * M.y.g + b * M.y.b + M.yOffset) >> 16); }
+
+    static int term(int s, int w) { return (M.negateAfter && w < 0) ? -hiS(s << Pre, -w) : hiS(s << Pre, w); }
+    static V term(V s, int w)
+    {
+        return (M.negateAfter && w < 0) ? _mm256_sub_epi16(_mm256_setzero_si256(), hiS(shl<Pre>(s), -w)) : hiS(shl<Pre>(s), w);
+    }
+    static uint8_t cOne(int sr, int sg, int sb, Weights3 w)
+    {
+        const uint16_t t = wrap16(term(sr, w.r) + term(sg, w.g) + term(sb, w.b));
+        return range(satU8(wrap16(t + M.cBlockOffset) >> M.cBlockShift));
+    }
+    static V cOne(V sr, V sg, V sb, Weights3 w)
+    {
+        const V t = _mm256_add_epi16(_mm256_add_epi16(term(sr, w.r), term(sg, w.g)), term(sb, w.b));
+        return range(_mm256_srli_epi16(add(t, M.cBlockOffset), M.cBlockShift));
+    }
+    static C2 cBlock(int sr, int sg, int sb) { return {cOne(sr, sg, sb, M.cbBlock), cOne(sr, sg, sb, M.crBlock)}; }
     static void cBlock(V sr, V sg, V sb, V& cb, V& cr)
     {
-        cb = one(sr, sg, sb, kWCb);
-        cr = one(sr, sg, sb, kWCr);
+        cb = cOne(sr, sg, sb, M.cbBlock);
+        cr = cOne(sr, sg, sb, M.crBlock);
     }
-};
 
-// The scalar chroma of the sums: 16 fraction bits on the sums, the offset
-// and shift of the group size, kept to 8 bits (the offsets give 128 only
-// modulo 256).
-template <int Offset, int Shift>
-struct ChromaTail {
-    static uint8_t one(int sr, int sg, int sb, Weights3 w)
+    static uint8_t cTailOne(int sr, int sg, int sb, Weights3 w)
     {
-        return uint8_t((sr * w.r + sg * w.g + sb * w.b + Offset) >> Shift);
+        const int v = sr * w.r + sg * w.g + sb * w.b;
+        return range(Pre == 6 ? (v + M.cOffset2) >> 17 : (v + M.cOffset4) >> 18);
     }
-    static C2 cTail(int sr, int sg, int sb) { return {one(sr, sg, sb, kWCb), one(sr, sg, sb, kWCr)}; }
+    static C2 cTail(int sr, int sg, int sb) { return {cTailOne(sr, sg, sb, M.cb), cTailOne(sr, sg, sb, M.cr)}; }
 };
 
-// Luma by the full-resolution block and scalar forms.
-struct LumaFBFS {
-    static uint8_t yBlock(int r, int g, int b) { return FormFB::luma(r, g, b); }
-    static V yBlock(V r, V g, V b) { return FormFB::luma(r, g, b); }
-    static uint8_t yTail(int r, int g, int b, int) { return FormFS::scalar(r, g, b)[0]; }
-};
-
-// The forms of most members: sums of two pixels (Pair) or of four (Quad).
-struct FormsPair : LumaFBFS, ChromaBlock<6>, ChromaTail<-0xFFC000, 17> {};
-struct FormsQuad : LumaFBFS, ChromaBlock<5>, ChromaTail<-0x1FF8000, 18> {};
+// The forms of most BT.601 members: sums of two pixels (Pair) or of four (Quad).
+using FormsPair = FormsOf<k601, 6>;
+using FormsQuad = FormsOf<k601, 5>;
 
 // ---------------------------------------------------------------------------
 // Forward destinations. Each takes luma pixel i of row k (y), chroma

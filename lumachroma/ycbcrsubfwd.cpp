@@ -29,7 +29,7 @@ inline V mulhrs(V x, int c) { return _mm256_mulhrs_epi16(x, k16(c)); }
 // ---------------------------------------------------------------------------
 // Forms of the semi-planar 4:2:0 members: 14-bit weights as rounded
 // products r(x, c) = (x * c + 16384) >> 15 on R << 7 and on sums << 5.
-struct FormsSemiPlanar : ChromaTail<-0x1FF8000, 18> {
+struct FormsSemiPlanar : FormsQuad {
     static uint8_t yBlock(int r, int g, int b)
     {
         return satU8(wrap16(mulhrs(r << 7, 4211) + mulhrs(g << 7, 8258) + mulhrs(b << 7, 1606) + 1026) >> 6);
@@ -40,7 +40,6 @@ struct FormsSemiPlanar : ChromaTail<-0x1FF8000, 18> {
                                      mulhrs(shl<7>(b), 1606));
         return srl<6>(add(t, 1026));
     }
-    static uint8_t yTail(int r, int g, int b, int) { return FormFS::scalar(r, g, b)[0]; }
     static C2 cBlock(int sr, int sg, int sb)
     {
         const int16_t cb = int16_t(mulhrs(sb << 5, 7193) - mulhrs(sr << 5, 2425) - mulhrs(sg << 5, 4768) + 8194);
@@ -60,15 +59,13 @@ struct FormsSemiPlanar : ChromaTail<-0x1FF8000, 18> {
 // rounds (+ 0x108000), the second's does not (+ 0x100000); chroma rounds
 // the pair's sums (+ 0x1010000, 128.5 at 17 fraction bits); all through
 // the clamp table.
-struct FormsPlanarPairs : ChromaBlock<6> {
-    static uint8_t yBlock(int r, int g, int b) { return FormFB::luma(r, g, b); }
-    static V yBlock(V r, V g, V b) { return FormFB::luma(r, g, b); }
+struct FormsPlanarPairs : FormsPair {
     static uint8_t yTail(int r, int g, int b, int pos)
     {
         return chop((kWY.r * r + kWY.g * g + kWY.b * b + (pos == 0 ? 0x108000 : 0x100000)) >> 16);
     }
-    static uint8_t cOne(int sr, int sg, int sb, Weights3 w) { return chop((sr * w.r + sg * w.g + sb * w.b + 0x1010000) >> 17); }
-    static C2 cTail(int sr, int sg, int sb) { return {cOne(sr, sg, sb, kWCb), cOne(sr, sg, sb, kWCr)}; }
+    static uint8_t cPair(int sr, int sg, int sb, Weights3 w) { return chop((sr * w.r + sg * w.g + sb * w.b + 0x1010000) >> 17); }
+    static C2 cTail(int sr, int sg, int sb) { return {cPair(sr, sg, sb, kWCb), cPair(sr, sg, sb, kWCr)}; }
 };
 
 // ---------------------------------------------------------------------------
@@ -299,13 +296,13 @@ OrvStatus toPlanes420(const Rows& rows, Orv8u* const dst[3], const int dstStep[3
     return ((roi.width | roi.height) & 1) ? orvStatusOddSize : orvStatusOk;
 }
 
-template <class Rows>
+template <class F, class Rows>
 OrvStatus toSemiPlanar420(const Rows& rows, Orv8u* dstY, int dstYStep, Orv8u* dstUV, int dstUVStep, RoiSize roi,
                           int (*span)(int))
 {
     for (int p = 0; p < roi.height / 2; ++p) {
         const SemiPlanarOut out{{rowAt(dstY, dstYStep, 2 * p), rowAt(dstY, dstYStep, 2 * p + 1)}, rowAt(dstUV, dstUVStep, p)};
-        forwardRow<FormsSemiPlanar, 2, 2>(std::array{rows(2 * p), rows(2 * p + 1)}, out, span(roi.width), roi.width & ~1);
+        forwardRow<F, 2, 2>(std::array{rows(2 * p), rows(2 * p + 1)}, out, span(roi.width), roi.width & ~1);
     }
     return ((roi.width | roi.height) & 1) ? orvStatusOddSize : orvStatusOk;
 }
@@ -335,10 +332,12 @@ OrvStatus checkToPlanes(const void* src, Orv8u* const* dst, const int* dstStep, 
     return dstStep ? orvStatusOk : orvStatusNullPointer;
 }
 
-// The semi-planar members test their destination planes before the source,
-// then the size.
-OrvStatus checkToSemiPlanar(const void* src, const void* dstY, const void* dstUV, RoiSize roi)
+// The semi-planar members test their destination planes before the source
+// (dstFirst) or after it, then the size.
+OrvStatus checkToSemiPlanar(const void* src, const void* dstY, const void* dstUV, RoiSize roi, bool dstFirst)
 {
+    if (!dstFirst && !src)
+        return orvStatusNullPointer;
     if (!dstY || !dstUV)
         return orvStatusNullPointer;
     return checkRect(src, dstY, roi);
@@ -354,14 +353,23 @@ OrvStatus planes422(const Orv8u* src, int srcStep, Orv8u* dst[3], int dstStep[3]
     return orvStatusOk;
 }
 
-template <int Ch, bool Bgr, Order422 O>
+template <int Ch, bool Bgr, Order422 O, class F = FormsPair>
 OrvStatus pairs422(const Orv8u* src, int srcStep, Orv8u* dst, int dstStep, RoiSize roi, int minWidth,
                    void (*lone)(uint8_t*, const Px&))
 {
     if (OrvStatus st = checkRect(src, dst, roi, minWidth))
         return st;
-    toPairs422<FormsPair, O>(PackedRows<Ch, Bgr>{src, srcStep}, dst, dstStep, roi, allPairs, lone);
+    toPairs422<F, O>(PackedRows<Ch, Bgr>{src, srcStep}, dst, dstStep, roi, allPairs, lone);
     return orvStatusOk;
+}
+
+// The full-scale BT.709 pairs: the lone last pixel's Cb and luma from the
+// pixel alone, both kept in 1 .. 254.
+void loneCbLuma709Full(uint8_t* d, const Px& p)
+{
+    using F = FormsOf<k709Full, 6>;
+    d[0] = F::range((weighted(p, k709Full.cb) + 0x808000) >> 16);
+    d[1] = F::yTail(p[0], p[1], p[2], 0);
 }
 
 // The planar-source members: the lone last pixel takes the first pixel's
@@ -385,7 +393,7 @@ OrvStatus planarToPairs422(const Orv8u* const src[3], int srcStep, Orv8u* dst, i
     return orvStatusOk;
 }
 
-template <int Ch, bool Bgr>
+template <int Ch, bool Bgr, class F = FormsQuad>
 OrvStatus planes420(const Orv8u* src, int srcStep, Orv8u* dst[3], int dstStep[3], RoiSize roi, bool swapChroma)
 {
     if (OrvStatus st = checkToPlanes(src, dst, dstStep, roi))
@@ -393,16 +401,16 @@ OrvStatus planes420(const Orv8u* src, int srcStep, Orv8u* dst[3], int dstStep[3]
     // The Cr-first names write the same planes in the other order.
     Orv8u* planes[3] = {dst[0], dst[swapChroma ? 2 : 1], dst[swapChroma ? 1 : 2]};
     const int steps[3] = {dstStep[0], dstStep[swapChroma ? 2 : 1], dstStep[swapChroma ? 1 : 2]};
-    return toPlanes420<FormsQuad>(PackedRows<Ch, Bgr>{src, srcStep}, planes, steps, roi, blocksOf16);
+    return toPlanes420<F>(PackedRows<Ch, Bgr>{src, srcStep}, planes, steps, roi, blocksOf16);
 }
 
-template <int Ch, bool Bgr>
+template <int Ch, bool Bgr, class F = FormsSemiPlanar>
 OrvStatus semiPlanar420(const Orv8u* src, int srcStep, Orv8u* dstY, int dstYStep, Orv8u* dstUV, int dstUVStep,
-                        RoiSize roi, int (*span)(int))
+                        RoiSize roi, int (*span)(int), bool dstFirst = true)
 {
-    if (OrvStatus st = checkToSemiPlanar(src, dstY, dstUV, roi))
+    if (OrvStatus st = checkToSemiPlanar(src, dstY, dstUV, roi, dstFirst))
         return st;
-    return toSemiPlanar420(PackedRows<Ch, Bgr>{src, srcStep}, dstY, dstYStep, dstUV, dstUVStep, roi, span);
+    return toSemiPlanar420<F>(PackedRows<Ch, Bgr>{src, srcStep}, dstY, dstYStep, dstUV, dstUVStep, roi, span);
 }
 
 template <int Ch>
@@ -535,4 +543,51 @@ ORV_FRONT(orviBGRToYCbCr411_8u_C3P3R)(const Orv8u* pSrc, int srcStep, Orv8u* pDs
 ORV_FRONT(orviBGRToYCbCr411_8u_AC4P3R)(const Orv8u* pSrc, int srcStep, Orv8u* pDst[3], int dstStep[3], RoiSize roiSize)
 {
     return planes411<4>(pSrc, srcStep, pDst, dstStep, roiSize);
+}
+
+// ---- BT.709 ---------------------------------------------------------------
+using Forms709Studio = FormsOf<k709Studio, 5>;
+
+ORV_FRONT(orviBGRToCbYCr422_709HDTV_8u_C3C2R)(const Orv8u* pSrc, int srcStep, Orv8u* pDst, int dstStep, RoiSize roiSize)
+{
+    return pairs422<3, true, kOrderCbYCr, FormsOf<k709Full, 6>>(pSrc, srcStep, pDst, dstStep, roiSize, 1, loneCbLuma709Full);
+}
+ORV_FRONT(orviBGRToCbYCr422_709HDTV_8u_AC4C2R)(const Orv8u* pSrc, int srcStep, Orv8u* pDst, int dstStep, RoiSize roiSize)
+{
+    return pairs422<4, true, kOrderCbYCr, FormsOf<k709Full, 6>>(pSrc, srcStep, pDst, dstStep, roiSize, 1, loneCbLuma709Full);
+}
+ORV_FRONT(orviBGRToYCbCr420_709HDTV_8u_AC4P3R)(const Orv8u* pSrc, int srcStep, Orv8u* pDst[3], int dstStep[3],
+                                              RoiSize roiSize)
+{
+    return planes420<4, true, FormsOf<k709Full, 5>>(pSrc, srcStep, pDst, dstStep, roiSize, false);
+}
+ORV_FRONT(orviBGRToYCbCr420_709CSC_8u_C3P3R)(const Orv8u* pSrc, int srcStep, Orv8u* pDst[3], int dstStep[3], RoiSize roiSize)
+{
+    return planes420<3, true, Forms709Studio>(pSrc, srcStep, pDst, dstStep, roiSize, false);
+}
+ORV_FRONT(orviBGRToYCbCr420_709CSC_8u_AC4P3R)(const Orv8u* pSrc, int srcStep, Orv8u* pDst[3], int dstStep[3],
+                                             RoiSize roiSize)
+{
+    return planes420<4, true, Forms709Studio>(pSrc, srcStep, pDst, dstStep, roiSize, false);
+}
+ORV_FRONT(orviBGRToYCrCb420_709CSC_8u_C3P3R)(const Orv8u* pSrc, int srcStep, Orv8u* pDst[3], int dstStep[3], RoiSize roiSize)
+{
+    return planes420<3, true, Forms709Studio>(pSrc, srcStep, pDst, dstStep, roiSize, true);
+}
+ORV_FRONT(orviBGRToYCrCb420_709CSC_8u_AC4P3R)(const Orv8u* pSrc, int srcStep, Orv8u* pDst[3], int dstStep[3],
+                                             RoiSize roiSize)
+{
+    return planes420<4, true, Forms709Studio>(pSrc, srcStep, pDst, dstStep, roiSize, true);
+}
+ORV_FRONT(orviBGRToYCbCr420_709CSC_8u_C3P2R)(const Orv8u* pSrc, int srcStep, Orv8u* pDstY, int dstYStep, Orv8u* pDstUV,
+                                            int dstUVStep, RoiSize roiSize)
+{
+    return semiPlanar420<3, true, Forms709Studio>(pSrc, srcStep, pDstY, dstYStep, pDstUV, dstUVStep, roiSize, blocksOf16,
+                                                  false);
+}
+ORV_FRONT(orviBGRToYCbCr420_709CSC_8u_AC4P2R)(const Orv8u* pSrc, int srcStep, Orv8u* pDstY, int dstYStep, Orv8u* pDstUV,
+                                             int dstUVStep, RoiSize roiSize)
+{
+    return semiPlanar420<4, true, Forms709Studio>(pSrc, srcStep, pDstY, dstYStep, pDstUV, dstUVStep, roiSize, blocksOf16,
+                                                  false);
 }

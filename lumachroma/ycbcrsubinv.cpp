@@ -60,6 +60,37 @@ struct FormID {
     }
 };
 
+// BT.709 block forms: 13 fraction bits and 4 guard bits on 128 Cb' and
+// 128 Cr'; luma from 128 Y' (studio range) or as 16 Y (full-scale luma),
+// with the rounding term Rnd in the luma term.
+template <bool FullY, int Wy, int Wrv, int Wgu, int Wgv, int Wbu, int Rnd>
+struct Form709 {
+    static Px scalar(int y, int cb, int cr)
+    {
+        const int a = (FullY ? 16 * y : hiS((y - 16) * 128, Wy)) + Rnd;
+        const int cb128 = (cb - 128) * 128, cr128 = (cr - 128) * 128;
+        return {satU8(int16_t(a + hiS(cr128, Wrv)) >> 4), satU8(int16_t(a - hiS(cb128, Wgu) - hiS(cr128, Wgv)) >> 4),
+                satU8(int16_t(a + hiS(cb128, Wbu)) >> 4)};
+    }
+    static V3 lanes(const V3& x)
+    {
+        const V a = add(FullY ? shl<4>(x.a) : hiS(shl<7>(sub(x.a, 16)), Wy), Rnd);
+        const V cb128 = shl<7>(sub(x.b, 128)), cr128 = shl<7>(sub(x.c, 128));
+        return {sra<4>(_mm256_add_epi16(a, hiS(cr128, Wrv))),
+                sra<4>(_mm256_sub_epi16(_mm256_sub_epi16(a, hiS(cb128, Wgu)), hiS(cr128, Wgv))),
+                sra<4>(_mm256_add_epi16(a, hiS(cb128, Wbu)))};
+    }
+};
+template <int Rnd>
+using Form709Studio = Form709<false, 9535, 14688, 1745, 4375, 17326, Rnd>;
+using Form709Full = Form709<true, 0, 12616, 1499, 3760, 14877, 8>;
+
+// Their scalar forms, 16 fraction bits, rounded.
+inline constexpr InverseWeights kInv709Studio = {76284, 16, 117506, 13959, 34996, 138609};
+inline constexpr InverseWeights kInv709Full = {65536, 0, 100925, 11993, 30081, 119013};
+using Form709StudioScalar = Inverse32<kInv709Studio, 32768, 32768, 32768>;
+using Form709FullScalar = Inverse32<kInv709Full, 32768, 32768, 32768>;
+
 // ---------------------------------------------------------------------------
 // Rows.
 
@@ -445,4 +476,74 @@ ORV_FRONT(orviYCbCr411ToBGR_8u_P3C4R)(const Orv8u* const pSrc[3], const int srcS
                                       RoiSize roiSize, Orv8u alpha)
 {
     return planes411<4, Alpha::Value>(pSrc, srcStep, pDst, dstStep, roiSize, alpha);
+}
+
+// ---- BT.709 ---------------------------------------------------------------
+ORV_FRONT(orviCbYCr422ToBGR_709HDTV_8u_C2C3R)(const Orv8u* pSrc, int srcStep, Orv8u* pDst, int dstStep, RoiSize roiSize)
+{
+    if (OrvStatus st = checkRect(pSrc, pDst, roiSize))
+        return st;
+    const PackedRowsAt<3, true, Alpha::None> out{pDst, dstStep};
+    packedRows<Kernel<Form709Full, Form709FullScalar, Blocks<16>>, Form709FullScalar, kOrderCbYCr, false>(
+        pSrc, srcStep, roiSize, out, out);
+    return orvStatusOk;
+}
+ORV_FRONT(orviCbYCr422ToBGR_709HDTV_8u_C2C4R)(const Orv8u* pSrc, int srcStep, Orv8u* pDst, int dstStep, RoiSize roiSize,
+                                             Orv8u alpha)
+{
+    if (OrvStatus st = checkRect(pSrc, pDst, roiSize))
+        return st;
+    const PackedRowsAt<4, true, Alpha::Value> out{pDst, dstStep, alpha};
+    packedRows<Kernel<Form709Full, Form709FullScalar, Blocks<16>>, Form709FullScalar, kOrderCbYCr, false>(
+        pSrc, srcStep, roiSize, out, out);
+    return orvStatusOk;
+}
+ORV_FRONT(orviYCbCr420ToBGR_709HDTV_8u_P3C4R)(const Orv8u* const pSrc[3], const int srcStep[3], Orv8u* pDst, int dstStep,
+                                             RoiSize roiSize, Orv8u alpha)
+{
+    if (OrvStatus st = checkFromPlanes(pSrc, srcStep, pDst, roiSize))
+        return st;
+    return planes420<false, 4, true, Alpha::Value>(pSrc, srcStep, pDst, dstStep, roiSize, alpha,
+                                                   kRowOf<Kernel<Form709Full, Form709FullScalar, Blocks<16>>>);
+}
+ORV_FRONT(orviYCbCr420ToBGR_709CSC_8u_P3C3R)(const Orv8u* const pSrc[3], const int srcStep[3], Orv8u* pDst, int dstStep,
+                                            RoiSize roiSize)
+{
+    if (OrvStatus st = checkFromPlanes(pSrc, srcStep, pDst, roiSize))
+        return st;
+    return planes420<false, 3, true, Alpha::None>(pSrc, srcStep, pDst, dstStep, roiSize, 0,
+                                                  kRowOf<Kernel<Form709Studio<0>, Form709StudioScalar, Blocks<16>>>);
+}
+
+// Full-resolution planes: the plane array is checked before the sizes,
+// the height before the width.
+namespace {
+OrvStatus checkPlanesThenSize(const Orv8u* const* src, const void* dst, RoiSize roi)
+{
+    if (!src || !dst)
+        return orvStatusNullPointer;
+    if (OrvStatus st = checkPlanes(src, 3))
+        return st;
+    if (roi.height < 1 || roi.width < 1)
+        return orvStatusBadSize;
+    return orvStatusOk;
+}
+using Kernel709Studio = Kernel<Form709Studio<4>, Form709StudioScalar, Blocks<16>>;
+}  // namespace
+
+ORV_FRONT(orviYCbCrToBGR_709CSC_8u_P3C3R)(const Orv8u* const pSrc[3], int srcStep, Orv8u* pDst, int dstStep, RoiSize roiSize)
+{
+    if (OrvStatus st = checkPlanesThenSize(pSrc, pDst, roiSize))
+        return st;
+    convertRows<Kernel709Studio>(PlaneRowsIn{pSrc, srcStep}, PackedRowsOut<3, true, Alpha::None>{pDst, dstStep}, roiSize);
+    return orvStatusOk;
+}
+ORV_FRONT(orviYCbCrToBGR_709CSC_8u_P3C4R)(const Orv8u* const pSrc[3], int srcStep, Orv8u* pDst, int dstStep, RoiSize roiSize,
+                                         Orv8u alpha)
+{
+    if (OrvStatus st = checkPlanesThenSize(pSrc, pDst, roiSize))
+        return st;
+    convertRows<Kernel709Studio>(PlaneRowsIn{pSrc, srcStep}, PackedRowsOut<4, true, Alpha::Value>{pDst, dstStep, alpha},
+                                 roiSize);
+    return orvStatusOk;
 }

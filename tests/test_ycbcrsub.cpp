@@ -69,6 +69,7 @@ const std::vector<F> kToP3 = {F::Src, F::Dst, F::Width, F::Height, F::DstPlane0,
 const std::vector<F> kFromP3 = {F::Src, F::Dst, F::Width, F::Height, F::SrcPlane0, F::SrcPlane1, F::SrcPlane2, F::SrcSteps};
 const std::vector<F> kFromP3Step = {F::Src, F::Dst, F::Width, F::Height, F::SrcPlane0, F::SrcPlane1, F::SrcPlane2};
 const std::vector<F> kToP2 = {F::Dst, F::DstUV, F::Src, F::Width, F::Height};
+const std::vector<F> kToP2SourceFirst = {F::Src, F::Dst, F::DstUV, F::Width, F::Height};
 const std::vector<F> kFromP2 = {F::Src, F::SrcUV, F::Dst, F::Width, F::Height};
 const std::vector<F> kFromP2SizeFirst = {F::Width, F::Height, F::Src, F::SrcUV, F::Dst};
 const std::vector<F> kC2ToP3 = {F::Src, F::Dst, F::Width, F::Height, F::DstPlane0, F::DstPlane1, F::DstPlane2};
@@ -82,10 +83,17 @@ Member fwdP3(std::string n, FwdP3 f, Shape s, Shape chroma, int minW = 1)
     return {n, {s}, {kLuma, chroma, chroma},
             [f](Args& a) { return f(a.s[0], a.ss[0], a.dstArray(), a.dstSteps(), a.roi); }, kToP3, minW, false, true};
 }
-Member fwdP2(std::string n, FwdP2 f, Shape s)
+Member fwdP2(std::string n, FwdP2 f, Shape s, const std::vector<F>& checks = kToP2)
 {
     return {n, {s}, {kLuma, kPairs420},
-            [f](Args& a) { return f(a.s[0], a.ss[0], a.d[0], a.ds[0], a.d[1], a.ds[1], a.roi); }, kToP2};
+            [f](Args& a) { return f(a.s[0], a.ss[0], a.d[0], a.ds[0], a.d[1], a.ds[1], a.roi); }, checks};
+}
+// Full-resolution planes with one step: the plane array before the sizes,
+// height before width.
+Member fullP3(std::string n, std::function<OrvStatus(Args&)> f, Shape d)
+{
+    return {n, {kLuma, kLuma, kLuma}, {d}, f,
+            {F::Src, F::Dst, F::SrcPlane0, F::SrcPlane1, F::SrcPlane2, F::Height, F::Width}, 1, true};
 }
 Member fromP3(std::string n, FromP3 f)
 {
@@ -186,6 +194,26 @@ const std::vector<Member>& conversions()
             invP2A("YCrCb420ToBGR_8u_P2C4R", orviYCrCb420ToBGR_8u_P2C4R, kC4, 18, true),
             invP3("YCbCr411ToBGR_8u_P3C3R", orviYCbCr411ToBGR_8u_P3C3R, kQuarter, kC3, 4),
             invP3A("YCbCr411ToBGR_8u_P3C4R", orviYCbCr411ToBGR_8u_P3C4R, kQuarter, kC4, 19, 4),
+
+            fwd("BGRToCbYCr422_709HDTV_8u_C3C2R", orviBGRToCbYCr422_709HDTV_8u_C3C2R, kC3),
+            fwd("BGRToCbYCr422_709HDTV_8u_AC4C2R", orviBGRToCbYCr422_709HDTV_8u_AC4C2R, kC4),
+            fwdP3("BGRToYCbCr420_709HDTV_8u_AC4P3R", orviBGRToYCbCr420_709HDTV_8u_AC4P3R, kC4, kHalf420),
+            fwdP3("BGRToYCbCr420_709CSC_8u_C3P3R", orviBGRToYCbCr420_709CSC_8u_C3P3R, kC3, kHalf420),
+            fwdP3("BGRToYCbCr420_709CSC_8u_AC4P3R", orviBGRToYCbCr420_709CSC_8u_AC4P3R, kC4, kHalf420),
+            fwdP3("BGRToYCrCb420_709CSC_8u_C3P3R", orviBGRToYCrCb420_709CSC_8u_C3P3R, kC3, kHalf420),
+            fwdP3("BGRToYCrCb420_709CSC_8u_AC4P3R", orviBGRToYCrCb420_709CSC_8u_AC4P3R, kC4, kHalf420),
+            fwdP2("BGRToYCbCr420_709CSC_8u_C3P2R", orviBGRToYCbCr420_709CSC_8u_C3P2R, kC3, kToP2SourceFirst),
+            fwdP2("BGRToYCbCr420_709CSC_8u_AC4P2R", orviBGRToYCbCr420_709CSC_8u_AC4P2R, kC4, kToP2SourceFirst),
+            inv("CbYCr422ToBGR_709HDTV_8u_C2C3R", orviCbYCr422ToBGR_709HDTV_8u_C2C3R, kC3),
+            invA("CbYCr422ToBGR_709HDTV_8u_C2C4R", orviCbYCr422ToBGR_709HDTV_8u_C2C4R, kC4, 20),
+            invP3A("YCbCr420ToBGR_709HDTV_8u_P3C4R", orviYCbCr420ToBGR_709HDTV_8u_P3C4R, kHalf420, kC4, 21),
+            invP3("YCbCr420ToBGR_709CSC_8u_P3C3R", orviYCbCr420ToBGR_709CSC_8u_P3C3R, kHalf420, kC3),
+            fullP3("YCbCrToBGR_709CSC_8u_P3C3R", [](Args& a) {
+                return orviYCbCrToBGR_709CSC_8u_P3C3R(a.srcArray(), a.ss[0], a.d[0], a.ds[0], a.roi);
+            }, kC3),
+            fullP3("YCbCrToBGR_709CSC_8u_P3C4R", [](Args& a) {
+                return orviYCbCrToBGR_709CSC_8u_P3C4R(a.srcArray(), a.ss[0], a.d[0], a.ds[0], a.roi, 22);
+            }, kC4),
         };
         return v;
     }();
@@ -479,6 +507,48 @@ TEST(YCbCrSub, ThreeTapAgainstPairChroma)
         const int k = w / 4;  // the pair whose odd pixel starts the edge
         EXPECT_GT(std::abs(tapEdge[4 * k] - pairEdge[4 * k + 1]), 4) << w;
     }
+}
+
+// BT.709: the range ends, and known answers of the studio-range forms
+// (chroma products subtracted on positive weights) and the full-scale ones.
+TEST(YCbCrSub, Bt709)
+{
+    const B black(6, 0), white(6, 255);
+    const B fullBlack = run("BGRToCbYCr422_709HDTV_8u_C3C2R", 2, 1, {{black}}).planes[0][0];
+    EXPECT_EQ(fullBlack, (B{128, 1, 128, 1}));
+    EXPECT_EQ(run("BGRToCbYCr422_709HDTV_8u_C3C2R", 2, 1, {{white}}).planes[0][0], (B{128, 254, 128, 254}));
+    auto csc = run("BGRToYCbCr420_709CSC_8u_C3P3R", 2, 2, {{white, white}});
+    EXPECT_EQ(csc.planes[0], (Rows{{235, 235}, {235, 235}}));
+    EXPECT_EQ(csc.planes[1][0], (B{128}));
+    EXPECT_EQ(csc.planes[2][0], (B{128}));
+    for (int y : {0, 255}) {
+        auto back = run("YCbCr420ToBGR_709HDTV_8u_P3C4R", 2, 2, {{B(2, uint8_t(y)), B(2, uint8_t(y))}, {{128}}, {{128}}});
+        EXPECT_EQ(back.planes[0][1], (B{uint8_t(y), uint8_t(y), uint8_t(y), 21, uint8_t(y), uint8_t(y), uint8_t(y), 21}));
+    }
+    // A square of four colours (given as B, G, R) in the scalar and block forms.
+    auto bgr = [](const B& p) { return B{p[2], p[1], p[0]}; };
+    const std::vector<Rows> sq2 = {{cycle({bgr(kP0), bgr(kP1)}, 2), cycle({bgr(kP2), bgr(kP3)}, 2)}};
+    const std::vector<Rows> sq16 = {{cycle({bgr(kP0), bgr(kP1)}, 16), cycle({bgr(kP2), bgr(kP3)}, 16)}};
+    auto tail = run("BGRToYCbCr420_709CSC_8u_C3P3R", 2, 2, sq2);
+    EXPECT_EQ(tail.planes[0], (Rows{{77, 169}, {103, 141}}));
+    EXPECT_EQ((B{tail.planes[1][0][0], tail.planes[2][0][0]}), (B{117, 136}));
+    auto block = run("BGRToYCbCr420_709CSC_8u_C3P2R", 16, 2, sq16);
+    EXPECT_EQ((B{block.planes[1][0][0], block.planes[1][0][1]}), (B{118, 136}));
+    // Full-scale pairs: luma and chroma kept in 1 .. 254, saturated blue
+    // giving 254 by the 16-bit wrap.
+    EXPECT_EQ(run("BGRToCbYCr422_709HDTV_8u_C3C2R", 2, 1, {{cycle({bgr(kP0), bgr(kP1)}, 2)}}).planes[0][0], (B{103, 71, 115, 178}));
+    EXPECT_EQ(run("BGRToCbYCr422_709HDTV_8u_C3C2R", 2, 1, {{cycle({{255, 0, 0}}, 2)}}).planes[0][0][0], 254);
+    // Inverse: full-scale block form from 16 pixels, scalar form on one;
+    // the studio-range 4:2:0 block form without rounding.
+    const B cbycr = {60, 100, 200, 100};
+    const B pairs16 = cycle({cbycr}, 8, 4);
+    const B blockRow = run("CbYCr422ToBGR_709HDTV_8u_C2C3R", 16, 1, {{pairs16}}).planes[0][0];
+    EXPECT_EQ(B(blockRow.begin(), blockRow.begin() + 3), (B{0, 80, 211}));
+    EXPECT_EQ(run("CbYCr422ToBGR_709HDTV_8u_C2C3R", 2, 1, {{cbycr}}).planes[0][0], (B{0, 79, 211, 0, 79, 211}));
+    auto studio = run("YCbCr420ToBGR_709CSC_8u_P3C3R", 16, 2, {{B(16, 100), B(16, 100)}, {B(8, 60)}, {B(8, 200)}});
+    EXPECT_EQ(B(studio.planes[0][0].begin(), studio.planes[0][0].begin() + 3), (B{0, 73, 226}));
+    auto full = run("YCbCrToBGR_709CSC_8u_P3C3R", 16, 1, {{B(16, 100)}, {B(16, 60)}, {B(16, 200)}});
+    EXPECT_EQ(B(full.planes[0][0].begin(), full.planes[0][0].begin() + 3), (B{0, 74, 227}));
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 // Subsampled YCbCr throughput, one thread, 1920x1080: every member as vector
 // path and scalar form, and libyuv and OpenCV where they offer the same
 // conversion.
+#include <cstring>
+
 #include "bench_util.h"
 
 #ifdef ORVCC_HAVE_OPENCV
@@ -172,6 +174,25 @@ void registerYCbCrSub()
     registerConversion("YCbCrToBGR_709CSC_8u_P3C4R", 3, 4, [](uint8_t* s, int, uint8_t* d, int ds, RoiSize r) {
         Planes p(s, r, r.width, r.height);
         return orviYCbCrToBGR_709CSC_8u_P3C4R(p.p, r.width, d, ds, r, 255);
+    });
+
+    // v210: 16 bytes per 6 pixels in, 2 bytes per pixel out; beside a memcpy
+    // of the source bytes.
+    auto v210 = [](OrvStatus (*f)(const Orv32u*, int, Orv16u*, int, RoiSize)) {
+        return [f](uint8_t* s, int, uint8_t* d, int, RoiSize r) {
+            return f(reinterpret_cast<const Orv32u*>(s), r.width / 6 * 16, reinterpret_cast<Orv16u*>(d), 2 * r.width, r);
+        };
+    };
+    registerConversion("YUV422v210ToGray_709HDTV_32u16u_C3C1", 3, 2, v210(orviYUV422v210ToGray_709HDTV_32u16u_C3C1));
+    registerConversion("YUV422v210ToRGB_709HDTV_32u16u_C3", 3, 2, v210(orviYUV422v210ToRGB_709HDTV_32u16u_C3));
+    registerConversion("YUV422v210ToBGR_709HDTV_32u16u_C3", 3, 2, v210(orviYUV422v210ToBGR_709HDTV_32u16u_C3));
+    registerPeer("YUV422v210ToGray_709HDTV_32u16u_C3C1/memcpy", [](benchmark::State& state) {
+        const std::size_t bytes = std::size_t(kWidth) / 6 * 16 * kHeight;
+        Buffer src(bytes), dst(bytes);
+        for (auto _ : state) {
+            std::memcpy(dst.data(), src.data(), bytes);
+            benchmark::ClobberMemory();
+        }
     });
 
     const int w = kWidth, h = kHeight;

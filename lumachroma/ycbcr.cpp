@@ -55,19 +55,6 @@ struct InverseC3Span {
     static int end(int width) { return (width & 12) == 12 ? (width & ~15) + 4 : (width & ~3); }
 };
 
-// Checks of the planar-source members that test the plane array before the
-// size, and the height before the width.
-OrvStatus checkPlanesFirst(const Orv8u* const* src, const void* dst, RoiSize roi)
-{
-    if (!src || !dst)
-        return orvStatusNullPointer;
-    if (OrvStatus st = checkPlanes(src, 3))
-        return st;
-    if (roi.height < 1 || roi.width < 1)
-        return orvStatusBadSize;
-    return orvStatusOk;
-}
-
 }  // namespace
 }  // namespace h9
 

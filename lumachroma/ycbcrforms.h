@@ -7,6 +7,7 @@
 
 #include <cstdint>
 
+#include "frame/checks.h"
 #include "lumachroma/pixels8u.h"
 
 namespace h9::ycc {
@@ -143,5 +144,18 @@ struct FormIC {
                 sra<4>(addsS(addsS(a, hiS(cb128, 16523)), 8))};
     }
 };
+
+// Checks of the inverse members from full-resolution planes that test the
+// plane array before the size, and the height before the width.
+inline OrvStatus checkPlanesFirst(const Orv8u* const* src, const void* dst, RoiSize roi)
+{
+    if (!src || !dst)
+        return orvStatusNullPointer;
+    if (OrvStatus st = checkPlanes(src, 3))
+        return st;
+    if (roi.height < 1 || roi.width < 1)
+        return orvStatusBadSize;
+    return orvStatusOk;
+}
 
 }  // namespace h9::ycc

@@ -515,25 +515,13 @@ ORV_FRONT(orviYCbCr420ToBGR_709CSC_8u_P3C3R)(const Orv8u* const pSrc[3], const i
                                                   kRowOf<Kernel<Form709Studio<0>, Form709StudioScalar, Blocks<16>>>);
 }
 
-// Full-resolution planes: the plane array is checked before the sizes,
-// the height before the width.
 namespace {
-OrvStatus checkPlanesThenSize(const Orv8u* const* src, const void* dst, RoiSize roi)
-{
-    if (!src || !dst)
-        return orvStatusNullPointer;
-    if (OrvStatus st = checkPlanes(src, 3))
-        return st;
-    if (roi.height < 1 || roi.width < 1)
-        return orvStatusBadSize;
-    return orvStatusOk;
-}
 using Kernel709Studio = Kernel<Form709Studio<4>, Form709StudioScalar, Blocks<16>>;
 }  // namespace
 
 ORV_FRONT(orviYCbCrToBGR_709CSC_8u_P3C3R)(const Orv8u* const pSrc[3], int srcStep, Orv8u* pDst, int dstStep, RoiSize roiSize)
 {
-    if (OrvStatus st = checkPlanesThenSize(pSrc, pDst, roiSize))
+    if (OrvStatus st = checkPlanesFirst(pSrc, pDst, roiSize))
         return st;
     convertRows<Kernel709Studio>(PlaneRowsIn{pSrc, srcStep}, PackedRowsOut<3, true, Alpha::None>{pDst, dstStep}, roiSize);
     return orvStatusOk;
@@ -541,7 +529,7 @@ ORV_FRONT(orviYCbCrToBGR_709CSC_8u_P3C3R)(const Orv8u* const pSrc[3], int srcSte
 ORV_FRONT(orviYCbCrToBGR_709CSC_8u_P3C4R)(const Orv8u* const pSrc[3], int srcStep, Orv8u* pDst, int dstStep, RoiSize roiSize,
                                          Orv8u alpha)
 {
-    if (OrvStatus st = checkPlanesThenSize(pSrc, pDst, roiSize))
+    if (OrvStatus st = checkPlanesFirst(pSrc, pDst, roiSize))
         return st;
     convertRows<Kernel709Studio>(PlaneRowsIn{pSrc, srcStep}, PackedRowsOut<4, true, Alpha::Value>{pDst, dstStep, alpha},
                                  roiSize);

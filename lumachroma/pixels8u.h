@@ -365,8 +365,10 @@ struct PlanesOut {
 };
 
 // 32 pixels through a block form: both halves of the lanes, then packed.
+// Flattened: the loads, the form and the stores are one stretch of register
+// code, not calls that pass vectors through memory.
 template <class Form, class In, class Out>
-inline void blockOf32(const In& in, const Out& out, int i)
+[[gnu::flatten]] inline void blockOf32(const In& in, const Out& out, int i)
 {
     const Wide3 x = in.load32(i);
     const V3 lo = Form::lanes(V3{x.a.lo, x.b.lo, x.c.lo});
@@ -385,48 +387,59 @@ constexpr bool takesWords()
 }
 
 // ---------------------------------------------------------------------------
-// One row: the block form over [0, spanEnd), by vectors of 32 pixels (or of
-// eight 32-bit words, where form and layouts allow it) and one partial vector
-// that goes through a small planar buffer (or by the scalar block form when
-// the test switch asks for it), then the tail form.
-template <class K, class In, class Out>
-inline void convertRow(const In& in, const Out& out, int width)
+// Pixels [begin, end) of a row by the block form B: by vectors of 32 pixels
+// (or of eight 32-bit words, where form and layouts allow it) and one
+// partial vector that goes through a small planar buffer, or by the scalar
+// block form when the test switch asks for it.
+template <class B, class In, class Out>
+inline void blockSpan(const In& in, const Out& out, int begin, int end)
 {
-    using B = typename K::Block;
-    using T = typename K::Tail;
-    const int end = K::spanEnd(width);
-    int i = 0;
+    int i = begin;
     if (g_scalarBlocks) {
         for (; i < end; ++i) {
             const Px s = in.get(i);
             out.put(i, B::scalar(s[0], s[1], s[2]), true);
         }
-    } else {
-        if constexpr (requires { B::words; } && takesWords<In>() && takesWords<Out>()) {
-            for (; i + 8 <= end; i += 8)
-                out.store8(i, B::words(in.load8(i)));
-        }
-        for (; i + 32 <= end; i += 32)
-            blockOf32<B>(in, out, i);
-        if (i < end) {
-            const int n = end - i;
-            alignas(32) uint8_t buf[3][32] = {};
-            for (int j = 0; j < n; ++j) {
-                const Px s = in.get(i + j);
-                buf[0][j] = s[0];
-                buf[1][j] = s[1];
-                buf[2][j] = s[2];
-            }
-            blockOf32<B>(PlanesIn{{buf[0], buf[1], buf[2]}}, PlanesOut{{buf[0], buf[1], buf[2]}}, 0);
-            for (int j = 0; j < n; ++j)
-                out.put(i + j, Px{buf[0][j], buf[1][j], buf[2][j]}, true);
-            i = end;
-        }
+        return;
     }
-    for (; i < width; ++i) {
+    if constexpr (requires { B::words; } && takesWords<In>() && takesWords<Out>()) {
+        for (; i + 8 <= end; i += 8)
+            out.store8(i, B::words(in.load8(i)));
+    }
+    for (; i + 32 <= end; i += 32)
+        blockOf32<B>(in, out, i);
+    if (i < end) {
+        const int n = end - i;
+        alignas(32) uint8_t buf[3][32] = {};
+        for (int j = 0; j < n; ++j) {
+            const Px s = in.get(i + j);
+            buf[0][j] = s[0];
+            buf[1][j] = s[1];
+            buf[2][j] = s[2];
+        }
+        blockOf32<B>(PlanesIn{{buf[0], buf[1], buf[2]}}, PlanesOut{{buf[0], buf[1], buf[2]}}, 0);
+        for (int j = 0; j < n; ++j)
+            out.put(i + j, Px{buf[0][j], buf[1][j], buf[2][j]}, true);
+    }
+}
+
+// Pixels [begin, end) of a row by the scalar tail form T.
+template <class T, class In, class Out>
+inline void tailSpan(const In& in, const Out& out, int begin, int end)
+{
+    for (int i = begin; i < end; ++i) {
         const Px s = in.get(i);
         out.put(i, T::scalar(s[0], s[1], s[2]), false);
     }
+}
+
+// One row: the block form over [0, spanEnd), then the tail form.
+template <class K, class In, class Out>
+inline void convertRow(const In& in, const Out& out, int width)
+{
+    const int end = K::spanEnd(width);
+    blockSpan<typename K::Block>(in, out, 0, end);
+    tailSpan<typename K::Tail>(in, out, end, width);
 }
 
 // Row makers for the serial drivers: each gives the layout of row y.

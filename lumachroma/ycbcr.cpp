@@ -17,49 +17,13 @@
 #include "frame/checks.h"
 #include "frame/fronts.h"
 #include "lumachroma/pixels8u.h"
+#include "lumachroma/ycbcrforms.h"
 
 namespace h9 {
 namespace {
 
 using namespace px8;
-
-// ---------------------------------------------------------------------------
-// Forward.
-
-// Scalar form: 16 fraction bits, 0x108000 adds 16.5 and 0x808000 adds 128.5;
-// the weights keep every sum within a byte, so no clamp.
-struct FormFS {
-    static Px scalar(int r, int g, int b)
-    {
-        const int y = (16843 * r + 33030 * g + 6423 * b + 0x108000) >> 16;
-        const int cb = (-9699 * r - 19071 * g + 28770 * b + 0x808000) >> 16;
-        const int cr = (28770 * r - 24117 * g - 4653 * b + 0x808000) >> 16;
-        return {uint8_t(y), uint8_t(cb), uint8_t(cr)};
-    }
-};
-
-// Block form of the interleaved members: luma on halved weights (15
-// fraction bits) as unsigned high halves of x << 8, summed with unsigned
-// saturation, + 2112 (16.5), >> 7; chroma as signed high halves of x << 7
-// ((x * w) >> 9), + 16448 (128.5) wrapping in 16 bits, logical >> 7.
-struct FormFB {
-    static Px scalar(int r, int g, int b)
-    {
-        const uint16_t y = addsU16(addsU16(hiU(r << 8, 8422), hiU(g << 8, 16515)), hiU(b << 8, 3212));
-        const int16_t cb = addsS16(addsS16(hiS(r << 7, -9699), hiS(g << 7, -19071)), hiS(b << 7, 28770));
-        const int16_t cr = addsS16(addsS16(hiS(r << 7, 28770), hiS(g << 7, -24117)), hiS(b << 7, -4653));
-        return {satU8(addsU16(y, 2112) >> 7), satU8(wrap16(cb + 16448) >> 7), satU8(wrap16(cr + 16448) >> 7)};
-    }
-    static V3 lanes(const V3& x)
-    {
-        const V r8 = shl<8>(x.a), g8 = shl<8>(x.b), b8 = shl<8>(x.c);
-        const V r7 = shl<7>(x.a), g7 = shl<7>(x.b), b7 = shl<7>(x.c);
-        const V y = addsU(addsU(hiU(r8, 8422), hiU(g8, 16515)), hiU(b8, 3212));
-        const V cb = addsS(addsS(hiS(r7, -9699), hiS(g7, -19071)), hiS(b7, 28770));
-        const V cr = addsS(addsS(hiS(r7, 28770), hiS(g7, -24117)), hiS(b7, -4653));
-        return {srl<7>(addsU(y, 2112)), srl<7>(add(cb, 16448)), srl<7>(add(cr, 16448))};
-    }
-};
+using namespace ycc;
 
 // Block form of the planar member: full 16-bit weights, rounding 128 into
 // the luma sum (unsigned saturating) before >> 8, then + 16; chroma sums
@@ -84,80 +48,6 @@ struct FormFP {
     }
 };
 
-// ---------------------------------------------------------------------------
-// Inverse.
-
-// Scalar forms, 16 fraction bits: IS rounds with set 1, IQ rounds with set
-// 2, IU takes set 2 without rounding.
-constexpr InverseWeights kInv1 = {76282, 16, 104593, 25689, 53279, 132184};
-constexpr InverseWeights kInv2 = {76284, 16, 104595, 25690, 53281, 132186};
-using FormIS = Inverse32<kInv1, 32768, 32768, 32768>;
-using FormIQ = Inverse32<kInv2, 32768, 32768, 32768>;
-using FormIU = Inverse32<kInv2, 0, 0, 0>;
-
-// Block form of the interleaved and planar-to-interleaved members: 12
-// fraction bits on 128 Y', 128 Cb', 128 Cr' (signed high halves), 3 guard
-// bits, rounding 4.
-struct FormIB {
-    static Px scalar(int y, int cb, int cr)
-    {
-        const int y128 = (y - 16) * 128, cb128 = (cb - 128) * 128, cr128 = (cr - 128) * 128;
-        const int16_t a = hiS(y128, 4769);
-        return {satU8(addsS16(addsS16(a, hiS(cr128, 6537)), 4) >> 3),
-                satU8(addsS16(subsS16(a, addsS16(hiS(cb128, 1605), hiS(cr128, 3330))), 4) >> 3),
-                satU8(addsS16(addsS16(a, hiS(cb128, 8263)), 4) >> 3)};
-    }
-    static V3 lanes(const V3& x)
-    {
-        const V y128 = shl<7>(sub(x.a, 16)), cb128 = shl<7>(sub(x.b, 128)), cr128 = shl<7>(sub(x.c, 128));
-        const V a = hiS(y128, 4769);
-        return {sra<3>(addsS(addsS(a, hiS(cr128, 6537)), 4)),
-                sra<3>(addsS(subsS(a, addsS(hiS(cb128, 1605), hiS(cr128, 3330))), 4)),
-                sra<3>(addsS(addsS(a, hiS(cb128, 8263)), 4))};
-    }
-};
-
-// Block form of the planar member: 13 fraction bits, 4 guard bits, no
-// rounding; the green terms carry their sign in the weights.
-struct FormIP {
-    static Px scalar(int y, int cb, int cr)
-    {
-        const int y128 = (y - 16) * 128, cb128 = (cb - 128) * 128, cr128 = (cr - 128) * 128;
-        const int16_t a = hiS(y128, 9536);
-        return {satU8(addsS16(a, hiS(cr128, 13074)) >> 4),
-                satU8(addsS16(addsS16(a, hiS(cr128, -6660)), hiS(cb128, -3203)) >> 4),
-                satU8(addsS16(a, hiS(cb128, 16523)) >> 4)};
-    }
-    static V3 lanes(const V3& x)
-    {
-        const V y128 = shl<7>(sub(x.a, 16)), cb128 = shl<7>(sub(x.b, 128)), cr128 = shl<7>(sub(x.c, 128));
-        const V a = hiS(y128, 9536);
-        return {sra<4>(addsS(a, hiS(cr128, 13074))), sra<4>(addsS(addsS(a, hiS(cr128, -6660)), hiS(cb128, -3203))),
-                sra<4>(addsS(a, hiS(cb128, 16523)))};
-    }
-};
-
-// Block form of the members with a constant alpha: 13 fraction bits, 4
-// guard bits, rounding 8; the green terms are subtracted.
-struct FormIC {
-    static Px scalar(int y, int cb, int cr)
-    {
-        const int y128 = (y - 16) * 128, cb128 = (cb - 128) * 128, cr128 = (cr - 128) * 128;
-        const int16_t a = hiS(y128, 9535);
-        return {satU8(addsS16(addsS16(a, hiS(cr128, 13074)), 8) >> 4),
-                satU8(addsS16(subsS16(subsS16(a, hiS(cr128, 6660)), hiS(cb128, 3211)), 8) >> 4),
-                satU8(addsS16(addsS16(a, hiS(cb128, 16523)), 8) >> 4)};
-    }
-    static V3 lanes(const V3& x)
-    {
-        const V y128 = shl<7>(sub(x.a, 16)), cb128 = shl<7>(sub(x.b, 128)), cr128 = shl<7>(sub(x.c, 128));
-        const V a = hiS(y128, 9535);
-        return {sra<4>(addsS(addsS(a, hiS(cr128, 13074)), 8)),
-                sra<4>(addsS(subsS(subsS(a, hiS(cr128, 6660)), hiS(cb128, 3211)), 8)),
-                sra<4>(addsS(addsS(a, hiS(cb128, 16523)), 8))};
-    }
-};
-
 // The interleaved inverse takes blocks of 4 pixels, except that a remainder
 // of 12 past the last 16 gets only one block of 4: the last 8 + (width & 3)
 // pixels then take the scalar form.
@@ -165,24 +55,12 @@ struct InverseC3Span {
     static int end(int width) { return (width & 12) == 12 ? (width & ~15) + 4 : (width & ~3); }
 };
 
-// Checks of the planar-source members that test the plane array before the
-// size, and the height before the width.
-OrvStatus checkPlanesFirst(const Orv8u* const* src, const void* dst, RoiSize roi)
-{
-    if (!src || !dst)
-        return orvStatusNullPointer;
-    if (OrvStatus st = checkPlanes(src, 3))
-        return st;
-    if (roi.height < 1 || roi.width < 1)
-        return orvStatusBadSize;
-    return orvStatusOk;
-}
-
 }  // namespace
 }  // namespace h9
 
 using namespace h9;
 using namespace h9::px8;
+using namespace h9::ycc;
 
 // ---- RGB to YCbCr ---------------------------------------------------------
 using ForwardInterleaved = Kernel<FormFB, FormFS, Blocks<16>>;

@@ -19,6 +19,7 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "frame/fpmode.h"
 #include "orvcore.h"
 
 namespace h9 {
@@ -97,6 +98,26 @@ inline void rowsSerial(const K& k, const typename K::Src* src, int srcStep,
         runRow(k, rowAt(src, srcStep, y), rowAt(dst, dstStep, y), width);
 }
 
+// The rows of a parallel region over `n` threads, static schedule. Results
+// rounded "to nearest" follow the rounding mode of the calling thread, so
+// every thread of the region runs in the caller's mode for the length of
+// the loop and gets its own mode back afterwards: the output never depends
+// on the thread count, whatever mode the caller runs in.
+template <class Body>
+inline void rowsInRegion(int n, int height, Body&& body)
+{
+    const uint32_t rounding = orv_get_cw_ssx() & kRoundingMask;
+#pragma omp parallel num_threads(n)
+    {
+        const uint32_t own = orv_set_rc_ssx(rounding);
+#pragma omp for schedule(static)
+        for (int y = 0; y < height; ++y)
+            body(y);
+        if ((own & kRoundingMask) != rounding)
+            orv_set_cw_ssx(own);
+    }
+}
+
 // Pattern A: up to `threshold` pixels on the caller's thread, above it one
 // parallel region with ownGetNumThreads() threads, rows by static schedule.
 template <class Body>
@@ -107,20 +128,14 @@ inline void rowsAreaTested(int width, int height, int32_t threshold, Body&& body
             body(y);
         return;
     }
-    const int n = ownGetNumThreads();
-#pragma omp parallel for schedule(static) num_threads(n)
-    for (int y = 0; y < height; ++y)
-        body(y);
+    rowsInRegion(ownGetNumThreads(), height, body);
 }
 
 // Pattern B: always a parallel region, also for one row.
 template <class Body>
 inline void rowsParallel(int height, Body&& body)
 {
-    const int n = ownGetNumThreads();
-#pragma omp parallel for schedule(static) num_threads(n)
-    for (int y = 0; y < height; ++y)
-        body(y);
+    rowsInRegion(ownGetNumThreads(), height, body);
 }
 
 // Pattern C: bands. `requested` threads are asked for; the master thread cuts

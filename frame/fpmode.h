@@ -21,6 +21,9 @@ constexpr uint32_t kRoundTowardZero = 0x6000;
 // field replaced; otherwise stores nothing.
 uint32_t orv_set_rc_ssx(uint32_t mode);
 
+// The whole control word.
+uint32_t orv_get_cw_ssx();
+
 // Loads `word` as the whole control word.
 void orv_set_cw_ssx(uint32_t word);
 

@@ -24,6 +24,7 @@
 #include "frame/fronts.h"
 #include "frame/scalar.h"
 #include "frame/simd.h"
+#include "models/ciematrix.h"
 
 namespace h9 {
 namespace {
@@ -43,17 +44,6 @@ constexpr Matrix8u kToXyzTail = {{{27030, 23434, 11824}, {13937, 46868, 4729}, {
 constexpr Matrix8u kToRgbGroup = {{{26546, -12591, -4083}, {-7939, 15368, 340}, {456, -1671, 8661}}, 13};
 constexpr Matrix8u kToRgbTail = {
     {{212368, -100738, -32671}, {-63521, 122944, 2723}, {3646, -13372, 69291}}, 16};
-
-struct Matrix32f {
-    float c[3][3];
-};
-
-constexpr Matrix32f kToXyz = {{{0.412453f, 0.357580f, 0.180423f},
-                               {0.212671f, 0.715160f, 0.072169f},
-                               {0.019334f, 0.119193f, 0.950227f}}};
-constexpr Matrix32f kToRgb = {{{3.240479f, -1.537150f, -0.498535f},
-                               {-0.969256f, 1.875991f, 0.041556f},
-                               {0.055648f, -0.204043f, 1.057311f}}};
 
 template <Dir D>
 constexpr const Matrix32f& floatMatrix()

@@ -51,14 +51,6 @@ inline F raised(F x)
         return x;
 }
 
-// Row of the matrix applied fused, c2 in2 first.
-template <class F>
-inline F dotFused(const float* c, F a, F b, F e)
-{
-    return fmadd(e, F(c[2]), fmadd(a, F(c[0]), b * F(c[1])));
-}
-inline float dotPlain(const float* c, float a, float b, float e) { return (a * c[0] + b * c[1]) + e * c[2]; }
-
 // ===========================================================================
 // RGB to LUV.
 

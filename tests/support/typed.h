@@ -51,6 +51,34 @@ std::vector<D> pixelOf(const std::vector<D>& row, int i, int ch)
     return std::vector<D>(row.begin() + i * ch, row.begin() + i * ch + 3);
 }
 
+// Rows of copies of a pixel that the two forms convert differently: the
+// first width / group * group pixels come out as the group form, the rest as
+// the tail form (every pixel as the tail form when there is no group form).
+// `gen(rng)` draws pixels until one tells the forms apart; where they rarely
+// differ, `known` gives such a pixel.
+template <class S, class D = S, class Gen>
+void expectSplit(int sch, int dch, int group, TypedFn<S, D> f, Gen gen, const char* name, std::vector<S> known = {})
+{
+    SCOPED_TRACE(name);
+    std::mt19937 rng(17);
+    std::vector<S> px;
+    std::vector<D> inGroup, inTail;
+    for (int tries = 0; tries < 2000 && inGroup == inTail; ++tries) {
+        px = known.empty() ? gen(rng) : known;
+        inGroup = pixelOf(convertRow<S, D>(group ? group : 1, sch, dch, px, f), 0, dch);
+        inTail = pixelOf(convertRow<S, D>(1, sch, dch, px, f), 0, dch);
+        if (!group)
+            break;
+    }
+    ASSERT_TRUE(group == 0 || inGroup != inTail) << "no pixel tells the forms apart";
+    for (int w = 1; w <= 3 * (group > 4 ? group : 4) + 3; ++w) {
+        const auto out = convertRow<S, D>(w, sch, dch, px, f);
+        for (int i = 0; i < w; ++i)
+            ASSERT_EQ(pixelOf(out, i, dch), group && i < w / group * group ? inGroup : inTail)
+                << "width " << w << " pixel " << i;
+    }
+}
+
 // The destination's fourth channel keeps its bytes in an AC4 member.
 template <class T>
 void expectAlphaKept(TypedFn<T> f)

@@ -375,8 +375,7 @@ OrvStatus convertXyz(const K& k, const typename K::Src* src, int srcStep, typena
     constexpr int shift = sizeof(typename K::Src) == 1 ? 0 : sizeof(typename K::Src) == 2 ? 1 : 2;
     const int ss = (srcStep >> shift) * int(sizeof(typename K::Src));
     const int ds = (dstStep >> shift) * int(sizeof(typename K::Dst));
-    rowsAreaTested(roi.width, roi.height, 4096,
-                   [&](int y) { runRow(k, rowAt(src, ss, y), rowAt(dst, ds, y), roi.width); });
+    rowsAreaTested(k, src, ss, dst, ds, roi.width, roi.height, 4096);
     return orvStatusOk;
 }
 

@@ -89,46 +89,35 @@ inline void labStored(F L, F dxy, F dyz, IntOf<F> (&o)[3])
     }
 }
 
-template <class S, class D, bool Bgr>
-struct RgbToLab {
+// block, tail and vector of a three-channel kernel K over S to D: K::convert
+// <Fused>(in, out) computes the results as floats, K::quantize(out, q) the
+// stored integers (K::kLowByteTail: the 8-bit tail keeps the low byte rather
+// than saturating).
+template <class K, class S, class D>
+struct ThreeChannels {
     using Src = S;
     using Dst = D;
     static constexpr int kSrcPix = 3;
     static constexpr int kDstPix = 3;
-    static constexpr bool k16 = std::is_same_v<D, uint16_t>;
-    static constexpr bool kShort4 = std::is_same_v<D, uint8_t>;  // 8u: series to d^4
-    static constexpr int kGroup = k16 ? 4 : 8;
-    static constexpr int kR = Bgr ? 2 : 0;
-    static constexpr int kB = Bgr ? 0 : 2;
 
-    Span span(int width, const Dst*) const { return {0, width / kGroup * kGroup}; }
-
-    template <bool Fused, class F>
-    static void convert(const F (&in)[3], F (&o)[3])
-    {
-        labForward<S, kShort4, Fused>(in[kR], in[1], in[kB], o[0], o[1], o[2]);
-        if constexpr (std::is_same_v<D, float>) {
-            o[1] = o[1] * F(500.0f);
-            o[2] = o[2] * F(200.0f);
-        }
-    }
+    Span span(int width, const Dst*) const { return {0, width / K::kGroup * K::kGroup}; }
 
     template <bool Fused>
     static void pixel(const Src* s, Dst* d)
     {
         float in[3], o[3];
         loadPixel<S, 3>(s, in);
-        convert<Fused>(in, o);
+        K::template convert<Fused>(in, o);
         if constexpr (std::is_same_v<D, float>) {
             storePixel(d, o);
         } else {
             int32_t q[3];
-            labStored<D>(o[0], o[1], o[2], q);
-            if (Fused || k16) {
+            K::quantize(o, q);
+            if (Fused || !K::kLowByteTail) {
                 storePixel(d, q);
-            } else {  // the 8-bit tail keeps the low byte
+            } else {
                 for (int k = 0; k < 3; ++k)
-                    d[k] = uint8_t(q[k]);
+                    d[k] = static_cast<D>(q[k]);
             }
         }
     }
@@ -141,15 +130,42 @@ struct RgbToLab {
         inEights<3, 3>(s, d, n, [](const Src* s8, Dst* d8) {
             F8 in[3], o[3];
             loadPixels8<S, 3>(s8, in);
-            convert<true>(in, o);
+            K::template convert<true>(in, o);
             if constexpr (std::is_same_v<D, float>) {
                 storePixels8<3>(d8, o);
             } else {
                 I8 q[3];
-                labStored<D>(o[0], o[1], o[2], q);
+                K::quantize(o, q);
                 storePixels8<D, 3>(d8, q);
             }
         });
+    }
+};
+
+template <class S, class D, bool Bgr>
+struct RgbToLab : ThreeChannels<RgbToLab<S, D, Bgr>, S, D> {
+    static constexpr bool k16 = std::is_same_v<D, uint16_t>;
+    static constexpr bool kShort4 = std::is_same_v<D, uint8_t>;  // 8u: series to d^4
+    static constexpr bool kLowByteTail = !k16;
+    static constexpr int kGroup = k16 ? 4 : 8;
+    static constexpr int kR = Bgr ? 2 : 0;
+    static constexpr int kB = Bgr ? 0 : 2;
+
+    // L, a, b of 32f; L, fx - fy, fy - fz of the integer types.
+    template <bool Fused, class F>
+    static void convert(const F (&in)[3], F (&o)[3])
+    {
+        labForward<S, kShort4, Fused>(in[kR], in[1], in[kB], o[0], o[1], o[2]);
+        if constexpr (std::is_same_v<D, float>) {
+            o[1] = o[1] * F(500.0f);
+            o[2] = o[2] * F(200.0f);
+        }
+    }
+
+    template <class F>
+    static void quantize(const F (&o)[3], IntOf<F> (&q)[3])
+    {
+        labStored<D>(o[0], o[1], o[2], q);
     }
 };
 
@@ -210,16 +226,11 @@ inline void labReverse8(F L, F A, F B, F (&o)[3])
 }
 
 template <class S, class D, bool Bgr>
-struct LabToRgb {
-    using Src = S;
-    using Dst = D;
-    static constexpr int kSrcPix = 3;
-    static constexpr int kDstPix = 3;
+struct LabToRgb : ThreeChannels<LabToRgb<S, D, Bgr>, S, D> {
+    static constexpr bool kLowByteTail = false;
     static constexpr int kGroup = std::is_same_v<S, uint16_t> ? 4 : 8;
     static constexpr int kR = Bgr ? 2 : 0;
     static constexpr int kB = Bgr ? 0 : 2;
-
-    Span span(int width, const Dst*) const { return {0, width / kGroup * kGroup}; }
 
     template <bool Fused, class F>
     static void convert(const F (&in)[3], F (&out)[3])
@@ -234,36 +245,12 @@ struct LabToRgb {
         out[kB] = o[2];
     }
 
-    template <bool Fused>
-    static void pixel(const Src* s, Dst* d)
+    // Nearest, saturated by the store.
+    template <class F>
+    static void quantize(const F (&o)[3], IntOf<F> (&q)[3])
     {
-        float in[3], o[3];
-        loadPixel<S, 3>(s, in);
-        convert<Fused>(in, o);
-        if constexpr (std::is_same_v<D, float>) {
-            storePixel(d, o);
-        } else {
-            const int32_t q[3] = {nearestI(o[0]), nearestI(o[1]), nearestI(o[2])};
-            storePixel(d, q);
-        }
-    }
-
-    void block(const Src* s, Dst* d) const { pixel<true>(s, d); }
-    void tail(const Src* s, Dst* d) const { pixel<false>(s, d); }
-
-    void vector(const Src* s, Dst* d, int n) const
-    {
-        inEights<3, 3>(s, d, n, [](const Src* s8, Dst* d8) {
-            F8 in[3], o[3];
-            loadPixels8<S, 3>(s8, in);
-            convert<true>(in, o);
-            if constexpr (std::is_same_v<D, float>) {
-                storePixels8<3>(d8, o);
-            } else {
-                const I8 q[3] = {nearestI(o[0]), nearestI(o[1]), nearestI(o[2])};
-                storePixels8<D, 3>(d8, q);
-            }
-        });
+        for (int k = 0; k < 3; ++k)
+            q[k] = nearestI(o[k]);
     }
 };
 

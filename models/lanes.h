@@ -108,12 +108,23 @@ inline void lookup(const P* table, int32_t i, float& first, float& second)
     first = table[i].c;
     second = table[i].b;
 }
+// Eight lanes: one 64-bit load of each lane's pair, then the members
+// separated by shuffles. Against two gathers (one per member) this is as
+// fast with one lookup a pixel and faster with three.
 template <class P>
 inline void lookup(const P* table, I8 i, F8& first, F8& second)
 {
     static_assert(sizeof(P) == 8);
-    first = _mm256_i32gather_ps(&table[0].c, i.v, 8);
-    second = _mm256_i32gather_ps(&table[0].b, i.v, 8);
+    alignas(32) int32_t at[8];
+    _mm256_store_si256(reinterpret_cast<__m256i*>(at), i.v);
+    auto two = [&](int k) {  // first, second of lanes k and k + 1
+        const __m128 lo = _mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(&table[at[k]]));
+        return _mm_loadh_pi(lo, reinterpret_cast<const __m64*>(&table[at[k + 1]]));
+    };
+    const __m256 even = _mm256_setr_m128(two(0), two(4));  // lanes 0 1 | 4 5
+    const __m256 odd = _mm256_setr_m128(two(2), two(6));   // lanes 2 3 | 6 7
+    first = _mm256_shuffle_ps(even, odd, 0x88);
+    second = _mm256_shuffle_ps(even, odd, 0xDD);
 }
 
 // ---------------------------------------------------------------------------

@@ -501,10 +501,7 @@ OrvStatus threadedLuv(const typename K::Src* src, int srcStep, typename K::Dst* 
 {
     if (OrvStatus st = checkRect(src, dst, roi))
         return st;
-    const int ss = wholeSteps<Shift>(srcStep), ds = wholeSteps<Shift>(dstStep);
-    const K k{};
-    rowsAreaTested(roi.width, roi.height, 4096,
-                   [&](int y) { runRow(k, rowAt(src, ss, y), rowAt(dst, ds, y), roi.width); });
+    rowsAreaTested(K{}, src, wholeSteps<Shift>(srcStep), dst, wholeSteps<Shift>(dstStep), roi.width, roi.height, 4096);
     return orvStatusOk;
 }
 

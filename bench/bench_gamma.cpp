@@ -40,18 +40,19 @@ void reportValues(benchmark::State& state, long long valuesPerIteration)
                                                      benchmark::Counter::kIsRate);
 }
 
-// A 32f C3 member on a frame of values in 0..1: vector and scalar forms.
+// A 32f member with `ch` values a pixel (3 or 4) on a frame of values in
+// 0..1: vector and scalar forms.
 template <class F>
-void registerFloat(const std::string& name, F f)
+void registerFloat(const std::string& name, F f, int ch = 3)
 {
     for (bool scalar : {false, true}) {
         benchmark::RegisterBenchmark((name + (scalar ? "/scalar" : "/vector")).c_str(),
                                      [=](benchmark::State& state) {
-                                         const std::vector<float> src = unitValues(kValues);
-                                         std::vector<float> dst(kValues);
+                                         const std::vector<float> src = unitValues(std::size_t(ch) * kWidth * kHeight);
+                                         std::vector<float> dst(src.size());
                                          h9::g_scalarBlocks = scalar;
                                          for (auto _ : state) {
-                                             benchmark::DoNotOptimize(f(src.data(), kWidth * 12, dst.data(), kWidth * 12,
+                                             benchmark::DoNotOptimize(f(src.data(), kWidth * 4 * ch, dst.data(), kWidth * 4 * ch,
                                                                         RoiSize{kWidth, kHeight}, 0.0f, 1.0f));
                                              benchmark::ClobberMemory();
                                          }
@@ -97,6 +98,10 @@ void registerGamma()
     registerConversion("GammaFwd_16u_C3R", 6, 6, wrap<Orv16u>(orviGammaFwd_16u_C3R));
     registerFloat("GammaFwd_32f_C3R", orviGammaFwd_32f_C3R);
     registerFloat("GammaInv_32f_C3R", orviGammaInv_32f_C3R);
+    registerFloat("GammaFwd_32f_AC4R", orviGammaFwd_32f_AC4R, 4);
+    registerFloat("GammaInv_32f_AC4R", orviGammaInv_32f_AC4R, 4);
+    registerConversion("GammaInv_16u_C3R", 6, 6, wrap<Orv16u>(orviGammaInv_16u_C3R));
+    registerConversion("GammaFwd_16u_AC4R", 8, 8, wrap<Orv16u>(orviGammaFwd_16u_AC4R));
     registerPowx();
 
 #ifdef ORVCC_HAVE_OPENCV

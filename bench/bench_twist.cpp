@@ -74,14 +74,8 @@ void registerTwist()
                                       kTwist4);
     });
 
-    registerPeer("ColorTwist_32f_C3R/memcpy", [](benchmark::State& state) {
-        const std::size_t bytes = std::size_t(kWidth) * kHeight * 12;
-        Buffer src(bytes, 1), dst(bytes, 2);
-        for (auto _ : state) {
-            std::memcpy(dst.data(), src.data(), bytes);
-            benchmark::ClobberMemory();
-        }
-    });
+    registerMemcpy("ColorTwist_32f_C3R/memcpy", 12);
+    registerMemcpy("ColorTwist_32f_C4R/memcpy", 16);
 #ifdef ORVCC_HAVE_OPENCV
     auto transform = [](int type, int elemBytes) {
         return [=](benchmark::State& state) {

@@ -6,6 +6,7 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <random>
 #include <string>
@@ -126,6 +127,21 @@ inline void registerCvtColor(const std::string& name, int type, int code, int th
     });
 }
 #endif
+
+// A memcpy of `pixelBytes` bytes a pixel over the frame: the time a
+// conversion bound by its memory traffic can approach (read S and write D
+// bytes a pixel: compare with a copy of (S + D) / 2).
+inline void registerMemcpy(const std::string& name, int pixelBytes)
+{
+    registerPeer(name, [=](benchmark::State& state) {
+        const std::size_t bytes = std::size_t(kWidth) * kHeight * pixelBytes;
+        Buffer src(bytes, 1), dst(bytes, 2);
+        for (auto _ : state) {
+            std::memcpy(dst.data(), src.data(), bytes);
+            benchmark::ClobberMemory();
+        }
+    });
+}
 
 // Families register themselves from static initialisers in their files.
 struct Registrar {

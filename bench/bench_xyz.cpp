@@ -19,6 +19,10 @@ void registerXyz()
         registerConversion("XYZToRGB_8u_C3R" + t, 3, 3, typedCall<Orv8u>(orviXYZToRGB_8u_C3R), threads);
         registerConversion("XYZToRGB_16u_AC4R" + t, 8, 8, typedCall<Orv16u>(orviXYZToRGB_16u_AC4R), threads);
         registerConversion("XYZToRGB_32f_C3R" + t, 12, 12, typedCall<Orv32f>(orviXYZToRGB_32f_C3R), threads, Fill::Float01);
+        if (threads == 1) {
+            registerMemcpy("XYZ_32f_C3R/memcpy", 12);
+            registerMemcpy("XYZ_32f_AC4R/memcpy", 16);
+        }
 #ifdef ORVCC_HAVE_OPENCV
         const int cvThreads = threads == 1 ? 1 : -1;
         registerCvtColor("RGBToXYZ_8u_C3R" + t + "/opencv", CV_8UC3, cv::COLOR_RGB2XYZ, cvThreads);

@@ -98,26 +98,6 @@ inline void rowsSerial(const K& k, const typename K::Src* src, int srcStep,
         runRow(k, rowAt(src, srcStep, y), rowAt(dst, dstStep, y), width);
 }
 
-// The rows of a parallel region over `n` threads, static schedule. Results
-// rounded "to nearest" follow the rounding mode of the calling thread, so
-// every thread of the region runs in the caller's mode for the length of
-// the loop and gets its own mode back afterwards: the output never depends
-// on the thread count, whatever mode the caller runs in.
-template <class Body>
-inline void rowsInRegion(int n, int height, Body&& body)
-{
-    const uint32_t rounding = orv_get_cw_ssx() & kRoundingMask;
-#pragma omp parallel num_threads(n)
-    {
-        const uint32_t own = orv_set_rc_ssx(rounding);
-#pragma omp for schedule(static)
-        for (int y = 0; y < height; ++y)
-            body(y);
-        if ((own & kRoundingMask) != rounding)
-            orv_set_cw_ssx(own);
-    }
-}
-
 // Pattern A: up to `threshold` pixels on the caller's thread, above it one
 // parallel region with ownGetNumThreads() threads, rows by static schedule.
 template <class Body>
@@ -128,7 +108,30 @@ inline void rowsAreaTested(int width, int height, int32_t threshold, Body&& body
             body(y);
         return;
     }
-    rowsInRegion(ownGetNumThreads(), height, body);
+    const int n = ownGetNumThreads();
+#pragma omp parallel for schedule(static) num_threads(n)
+    for (int y = 0; y < height; ++y)
+        body(y);
+}
+
+// Pattern A for conversions that round to nearest in the caller's rounding
+// mode: each thread of the region takes the caller's mode for the length of
+// the call and gets its own back, so the output does not depend on which
+// thread converts a row.
+template <class Body>
+inline void rowsAreaTestedInCallersRounding(int width, int height, int32_t threshold, Body&& body)
+{
+    if (area32(width, height) <= threshold)
+        return rowsAreaTested(width, height, threshold, body);
+    const uint32_t mode = orv_get_rc_ssx();
+    const int n = ownGetNumThreads();
+#pragma omp parallel num_threads(n)
+    {
+        const RoundingAs callers(mode);
+#pragma omp for schedule(static)
+        for (int y = 0; y < height; ++y)
+            body(y);
+    }
 }
 
 // Pattern A over the rows of a rectangle with a row kernel.
@@ -144,7 +147,10 @@ inline void rowsAreaTested(const K& k, const typename K::Src* src, int srcStep, 
 template <class Body>
 inline void rowsParallel(int height, Body&& body)
 {
-    rowsInRegion(ownGetNumThreads(), height, body);
+    const int n = ownGetNumThreads();
+#pragma omp parallel for schedule(static) num_threads(n)
+    for (int y = 0; y < height; ++y)
+        body(y);
 }
 
 // Pattern C: bands. `requested` threads are asked for; the master thread cuts

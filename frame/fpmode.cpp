@@ -14,8 +14,8 @@ uint32_t orv_set_rc_ssx(uint32_t mode)
     return old;
 }
 
-uint32_t orv_get_cw_ssx() { return _mm_getcsr(); }
-
 void orv_set_cw_ssx(uint32_t word) { _mm_setcsr(word); }
+
+uint32_t orv_get_rc_ssx() { return _mm_getcsr() & kRoundingMask; }
 
 }  // namespace h9

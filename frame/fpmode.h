@@ -21,28 +21,36 @@ constexpr uint32_t kRoundTowardZero = 0x6000;
 // field replaced; otherwise stores nothing.
 uint32_t orv_set_rc_ssx(uint32_t mode);
 
-// The whole control word.
-uint32_t orv_get_cw_ssx();
-
 // Loads `word` as the whole control word.
 void orv_set_cw_ssx(uint32_t word);
 
-// Round-to-nearest for the lifetime of the object, as the integer colour
-// twist needs it: set on construction, and the old word restored on
-// destruction only when its rounding field was not nearest already.
-class NearestRounding {
+// The rounding field of the calling thread's control word.
+uint32_t orv_get_rc_ssx();
+
+// Rounding mode `mode` (a value of the rounding field) for the lifetime of
+// the object: set on construction if the thread's word differs, and the
+// thread's old word restored on destruction only then.
+class RoundingAs {
 public:
-    NearestRounding() : saved_(orv_set_rc_ssx(kRoundNearest)) {}
-    ~NearestRounding()
+    explicit RoundingAs(uint32_t mode) : mode_(mode), saved_(orv_set_rc_ssx(mode)) {}
+    ~RoundingAs()
     {
-        if ((saved_ & kRoundingMask) != kRoundNearest)
+        if ((saved_ & kRoundingMask) != mode_)
             orv_set_cw_ssx(saved_);
     }
-    NearestRounding(const NearestRounding&) = delete;
-    NearestRounding& operator=(const NearestRounding&) = delete;
+    RoundingAs(const RoundingAs&) = delete;
+    RoundingAs& operator=(const RoundingAs&) = delete;
 
 private:
+    uint32_t mode_;
     uint32_t saved_;
+};
+
+// Round-to-nearest for the lifetime of the object, as the integer colour
+// twist needs it.
+class NearestRounding : public RoundingAs {
+public:
+    NearestRounding() : RoundingAs(kRoundNearest) {}
 };
 
 }  // namespace h9

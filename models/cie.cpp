@@ -25,9 +25,13 @@
 #include "frame/scalar.h"
 #include "frame/simd.h"
 #include "models/ciematrix.h"
+#include "models/pixels3.h"
 
 namespace h9 {
 namespace {
+
+using px3::Elem;
+using px3::clampUnit;
 
 enum class Dir { ToXyz, ToRgb };
 
@@ -164,62 +168,15 @@ struct Xyz8u {
 // ---------------------------------------------------------------------------
 // 16u, 16s, 32f.
 
-// Element conversions of the float members.
-template <class T>
-struct Elem;
-
-template <>
-struct Elem<uint16_t> {
-    static float in(uint16_t x) { return float(x); }
-    static uint16_t out(float t)
-    {
-        // Offset into the signed range, saturate, offset back in 16 bits.
-        const int16_t v = satS16(int32_t(uint32_t(cvtTrunc(t)) - 32768u));
-        return uint16_t(uint16_t(v) + 32768u);
-    }
-    static __m256 in(__m256i x) { return _mm256_cvtepi32_ps(x); }
-    static __m256i widen(__m128i x) { return _mm256_cvtepu16_epi32(x); }
-    // Two registers of eight int32 to sixteen elements, in lane order.
-    static __m256i narrow(__m256i a, __m256i b)
-    {
-        const __m256i off = _mm256_set1_epi32(-32768);
-        const __m256i v = _mm256_packs_epi32(_mm256_add_epi32(a, off), _mm256_add_epi32(b, off));
-        return _mm256_xor_si256(v, _mm256_set1_epi16(int16_t(0x8000)));
-    }
-};
-
-template <>
-struct Elem<int16_t> {
-    static float in(int16_t x) { return float(int32_t(x) + 32768); }
-    static int16_t out(float t) { return satS16(int32_t(uint32_t(cvtTrunc(t)) - 32768u)); }
-    static __m256 in(__m256i x) { return _mm256_cvtepi32_ps(_mm256_add_epi32(x, _mm256_set1_epi32(32768))); }
-    static __m256i widen(__m128i x) { return _mm256_cvtepi16_epi32(x); }
-    static __m256i narrow(__m256i a, __m256i b)
-    {
-        const __m256i off = _mm256_set1_epi32(-32768);
-        return _mm256_packs_epi32(_mm256_add_epi32(a, off), _mm256_add_epi32(b, off));
-    }
-};
-
-template <>
-struct Elem<float> {
-    static float in(float x) { return x; }
-};
-
-// Clamps of the 32f members (scalar forms written as the vector
-// instructions compute them: maxps(a, b) = a > b ? a : b, minps likewise).
+// Z of the 32f members is clamped to 0..1 with the maximum first, so a NaN
+// becomes 0 (maxps(a, b) = a > b ? a : b, minps likewise); R, G and B of the
+// other direction by clampUnit, which lets a NaN pass.
 inline float clampZ(float z)
 {
     z = z > 0.0f ? z : 0.0f;  // NaN becomes 0
     return z < 1.0f ? z : 1.0f;
 }
-inline float clampRgb(float v) { return v < 0.0f ? 0.0f : (1.0f < v ? 1.0f : v); }  // NaN passes
 inline __m256 clampZ(__m256 z) { return _mm256_min_ps(_mm256_max_ps(z, _mm256_setzero_ps()), _mm256_set1_ps(1.0f)); }
-inline __m256 clampRgb(__m256 v)
-{
-    const __m256 kept = _mm256_andnot_ps(_mm256_cmp_ps(v, _mm256_setzero_ps(), _CMP_LT_OQ), v);
-    return _mm256_min_ps(_mm256_set1_ps(1.0f), kept);
-}
 
 template <class T, Dir D, int Ch>
 struct XyzFloat {
@@ -249,9 +206,9 @@ struct XyzFloat {
                 d[1] = t[1];
                 d[2] = clampZ(t[2]);
             } else {
-                d[0] = clampRgb(t[0]);
-                d[1] = clampRgb(t[1]);
-                d[2] = clampRgb(t[2]);
+                d[0] = clampUnit(t[0]);
+                d[1] = clampUnit(t[1]);
+                d[2] = clampUnit(t[2]);
             }
         } else {
             d[0] = Elem<T>::out(t[0]);
@@ -292,20 +249,7 @@ struct XyzFloat {
     static void planar8(const Src* s, Dst* d)
     {
         __m256 in[3];
-        if constexpr (std::is_same_v<T, float>) {
-            __m256i x[3];
-            simd::deinterleave3x8Rotated(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(s)),
-                                  _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + 8)),
-                                  _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + 16)), x[0], x[1], x[2]);
-            for (int k = 0; k < 3; ++k)
-                in[k] = _mm256_castsi256_ps(x[k]);
-        } else {
-            __m256i x[3];
-            auto load = [&](int k) { return Elem<T>::widen(_mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 8 * k))); };
-            simd::deinterleave3x8Rotated(load(0), load(1), load(2), x[0], x[1], x[2]);
-            for (int k = 0; k < 3; ++k)
-                in[k] = Elem<T>::in(x[k]);
-        }
+        px3::loadC3(s, in);
         __m256 t[3];
         for (int o = 0; o < 3; ++o) {
             t[o] = _mm256_mul_ps(_mm256_set1_ps(M.c[o][1]), in[1]);
@@ -317,20 +261,12 @@ struct XyzFloat {
                 t[2] = clampZ(t[2]);
             } else {
                 for (auto& v : t)
-                    v = clampRgb(v);
+                    v = clampUnit(v);
             }
-            __m256i a, b, c;
-            simd::interleave3x8Rotated(_mm256_castps_si256(t[0]), _mm256_castps_si256(t[1]), _mm256_castps_si256(t[2]), a, b, c);
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), a);
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 8), b);
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 16), c);
+            px3::storeC3(d, t);
         } else {
-            __m256i a, b, c;
-            simd::interleave3x8Rotated(_mm256_cvttps_epi32(t[0]), _mm256_cvttps_epi32(t[1]), _mm256_cvttps_epi32(t[2]), a, b, c);
-            const __m256i ab = _mm256_permute4x64_epi64(Elem<T>::narrow(a, b), 0xD8);
-            const __m256i cc = _mm256_permute4x64_epi64(Elem<T>::narrow(c, c), 0xD8);
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), ab);
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 16), _mm256_castsi256_si128(cc));
+            const __m256i x[3] = {_mm256_cvttps_epi32(t[0]), _mm256_cvttps_epi32(t[1]), _mm256_cvttps_epi32(t[2])};
+            px3::storeC3(d, x);
         }
     }
 
@@ -343,7 +279,7 @@ struct XyzFloat {
         if constexpr (std::is_same_v<T, float>)
             v = _mm256_loadu_ps(s);
         else
-            v = Elem<T>::in(Elem<T>::widen(_mm_loadu_si128(reinterpret_cast<const __m128i*>(s))));
+            v = Elem<T>::in(Elem<T>::widen(px3::load128(s)));
         auto column = [](int k) { return _mm256_setr_ps(M.c[0][k], M.c[1][k], M.c[2][k], 0.0f, M.c[0][k], M.c[1][k], M.c[2][k], 0.0f); };
         __m256 t = _mm256_mul_ps(column(1), _mm256_permute_ps(v, 0x55));
         t = _mm256_fmadd_ps(column(0), _mm256_permute_ps(v, 0x00), t);
@@ -352,7 +288,7 @@ struct XyzFloat {
             if constexpr (D == Dir::ToXyz)
                 t = _mm256_blend_ps(t, clampZ(t), 0x44);
             else
-                t = clampRgb(t);
+                t = clampUnit(t);
             _mm256_storeu_ps(d, _mm256_blend_ps(t, _mm256_loadu_ps(d), 0x88));
         } else {
             const __m256i x = _mm256_cvttps_epi32(t);

@@ -501,7 +501,11 @@ OrvStatus threadedLuv(const typename K::Src* src, int srcStep, typename K::Dst* 
 {
     if (OrvStatus st = checkRect(src, dst, roi))
         return st;
-    rowsAreaTested(K{}, src, wholeSteps<Shift>(srcStep), dst, wholeSteps<Shift>(dstStep), roi.width, roi.height, 4096);
+    const int ss = wholeSteps<Shift>(srcStep), ds = wholeSteps<Shift>(dstStep);
+    const K k{};
+    // Results to nearest follow the caller's rounding mode on every thread.
+    rowsAreaTestedInCallersRounding(roi.width, roi.height, 4096,
+                                    [&](int y) { runRow(k, rowAt(src, ss, y), rowAt(dst, ds, y), roi.width); });
     return orvStatusOk;
 }
 

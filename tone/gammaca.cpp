@@ -147,6 +147,7 @@ struct Forward {
         return x < 0.018f ? 4.5f * t : fmaf32(p, 1.099f, -0.099f) * g.range;
     }
     static __m256 argument(__m256 t, const Range32f& g) { return _mm256_mul_ps(t, _mm256_set1_ps(g.inv)); }
+    static __m256 argumentAC4(__m256 t, const Range32f& g) { return argument(t, g); }
     static __m256 result(__m256 t, __m256 p, const Range32f& g)
     {
         const __m256 x = _mm256_mul_ps(t, _mm256_set1_ps(g.inv));
@@ -174,6 +175,15 @@ struct Inverse {
         return _mm256_mul_ps(_mm256_fmadd_ps(t, _mm256_set1_ps(g.inv), _mm256_set1_ps(0.099f)),
                              _mm256_set1_ps(0.9099181f));
     }
+    // Four lanes of double at a time, each rounded once to float at the end.
+    static __m256 argumentAC4(__m256 t, const Range32f& g)
+    {
+        auto half = [&](__m128 x) {
+            const __m256d u = _mm256_fmadd_pd(_mm256_cvtps_pd(x), _mm256_set1_pd(double(g.inv)), _mm256_set1_pd(double(0.099f)));
+            return _mm256_cvtpd_ps(_mm256_mul_pd(u, _mm256_set1_pd(double(0.9099181f))));
+        };
+        return _mm256_set_m128(half(_mm256_extractf128_ps(t, 1)), half(_mm256_castps256_ps128(t)));
+    }
     static __m256 result(__m256 t, __m256 p, const Range32f& g)
     {
         const __m256 x = _mm256_mul_ps(t, _mm256_set1_ps(g.inv));
@@ -183,16 +193,55 @@ struct Inverse {
     }
 };
 
-// arg[i] = argument(t[i]) for i < n: eight at a time, then one by one.
-template <class Dir>
+// arg[i] = argument(t[i]) for i < n (argumentAC4 for the alpha layouts):
+// eight at a time, then one by one.
+template <class Dir, bool AC4 = false>
 void argumentPass(const float* t, float* arg, int n, const Range32f& g)
 {
     int i = 0;
     if (!g_scalarBlocks)
-        for (; i + 8 <= n; i += 8)
-            _mm256_storeu_ps(arg + i, Dir::argument(_mm256_loadu_ps(t + i), g));
+        for (; i + 8 <= n; i += 8) {
+            const __m256 v = _mm256_loadu_ps(t + i);
+            _mm256_storeu_ps(arg + i, AC4 ? Dir::argumentAC4(v, g) : Dir::argument(v, g));
+        }
     for (; i < n; ++i)
-        arg[i] = Dir::argument(t[i], g);
+        arg[i] = AC4 ? Dir::argumentAC4(t[i], g) : Dir::argument(t[i], g);
+}
+
+// AC4 pixels to and from runs of three values. Two pixels a step; each step
+// moves eight floats of the run, of which the last two are overwritten by
+// the next step or lie in the run's two spare floats.
+constexpr int kSpare = 2;
+
+inline void packColour(const float* s, float* t, int np, float vMin)
+{
+    int i = 0;
+    if (!g_scalarBlocks) {
+        // The two spare lanes repeat a colour value, so alpha takes no part.
+        const __m256i order = _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 6, 6);
+        const __m256 lo = _mm256_set1_ps(vMin);
+        for (; i + 2 <= np; i += 2)
+            _mm256_storeu_ps(t + 3 * i, _mm256_sub_ps(_mm256_permutevar8x32_ps(_mm256_loadu_ps(s + 4 * i), order), lo));
+    }
+    for (; i < np; ++i)
+        for (int c = 0; c < 3; ++c)
+            t[3 * i + c] = s[4 * i + c] - vMin;
+}
+
+inline void unpackColour(const float* t, float* d, int np, float vMin)
+{
+    int i = 0;
+    if (!g_scalarBlocks) {
+        const __m256i order = _mm256_setr_epi32(0, 1, 2, 2, 3, 4, 5, 5);
+        const __m256 lo = _mm256_set1_ps(vMin);
+        for (; i + 2 <= np; i += 2) {
+            const __m256 v = _mm256_add_ps(lo, _mm256_permutevar8x32_ps(_mm256_loadu_ps(t + 3 * i), order));
+            _mm256_storeu_ps(d + 4 * i, _mm256_blend_ps(v, _mm256_loadu_ps(d + 4 * i), 0x88));
+        }
+    }
+    for (; i < np; ++i)
+        for (int c = 0; c < 3; ++c)
+            d[4 * i + c] = vMin + t[3 * i + c];
 }
 
 // out[i] = result(t[i], p[i]); out may be t.
@@ -231,20 +280,15 @@ struct Curve32f {
     void colour(const float* s, float* d, int width) const
     {
         constexpr int kPixels = kBlock / 3;
-        float t[kBlock], arg[kBlock], p[kBlock];
+        float t[kBlock + kSpare] = {}, arg[kBlock], p[kBlock];
         for (int b = 0; b < width; b += kPixels) {
             const int np = std::min(kPixels, width - b);
             const int m = 3 * np;
-            for (int i = 0; i < np; ++i)
-                for (int c = 0; c < 3; ++c)
-                    t[3 * i + c] = s[4 * (b + i) + c] - g.vMin;
-            for (int i = 0; i < m; ++i)
-                arg[i] = Dir::argumentAC4(t[i], g);
+            packColour(s + 4 * b, t, np, g.vMin);
+            argumentPass<Dir, true>(t, arg, m, g);
             orvsPowx_32f_A21(arg, Dir::kExponent, p, m);
             resultPass<Dir>(t, p, t, m, g);
-            for (int i = 0; i < np; ++i)
-                for (int c = 0; c < 3; ++c)
-                    d[4 * (b + i) + c] = g.vMin + t[3 * i + c];
+            unpackColour(t, d + 4 * b, np, g.vMin);
         }
     }
 };

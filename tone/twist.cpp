@@ -666,11 +666,27 @@ bool contiguous(int srcStep, int dstStep, RoiSize roi, int pixelBytes)
     return srcStep == dstStep && srcStep == rowBytes && (long long)roi.width * roi.height <= INT32_MAX;
 }
 
-// Above this many values the 32f C3 image is written with streaming stores.
-constexpr long long kStreamValues = 34992;
+// Whether a 32f image of `values` floats is written with streaming stores. They spare the
+// read of each destination line but send it to memory at once, which pays
+// only where the destination would not stay in cache anyway. Measured at
+// 1920x1080 on one thread (24.9 MB written; processor time, median of five,
+// on a machine whose largest cache reports 508 MiB): 2.10 and 2.27 ms
+// streamed against 1.61 and 1.94 ms with ordinary stores, and 1.58 to
+// 1.71 ms for a memcpy of the same bytes. So: stream a destination larger
+// than the largest cache the platform reports; where it reports none, one
+// of more than 34992 values. The C4 member measured alike (3.74 ms streamed
+// against 2.69 ms for its scalar form with ordinary stores, 33 MB written).
+bool streamFloats(long long values)
+{
+    int32_t cache = 0;
+    if (orvGetMaxCacheSizeB(&cache) != 0)
+        return values > 34992;
+    return values * (long long)sizeof(float) > cache;
+}
 
 // orviColorTwist_32f_C3R: a contiguous image as one run, otherwise row by
-// row; streaming stores for a large image. Every path gives the same values.
+// row; streaming stores for an image larger than the cache. Every path gives
+// the same values.
 OrvStatus myColorTwist32fC3R(const float* src, int srcStep, float* dst, int dstStep, RoiSize roi,
                              const Orv32f twist[3][4])
 {
@@ -680,7 +696,7 @@ OrvStatus myColorTwist32fC3R(const float* src, int srcStep, float* dst, int dstS
         return st;
     Twist3<float, Layout::C3> k{columnsOf(twist)};
     k.alignHead = true;
-    k.stream = (long long)roi.width * 3 * roi.height > kStreamValues;
+    k.stream = streamFloats((long long)roi.width * 3 * roi.height);
     if (contiguous(srcStep, dstStep, roi, 12))
         twistRow(k, {src}, {dst}, roi.width * roi.height);
     else
@@ -691,8 +707,8 @@ OrvStatus myColorTwist32fC3R(const float* src, int srcStep, float* dst, int dstS
 }
 
 // orviColorTwist_32f_C4R: a contiguous image as one run, otherwise row by
-// row; a run whose source and destination are both aligned to 16 bytes is
-// written with streaming stores. Every path gives the same values.
+// row; in an image larger than the cache, a run whose source and destination
+// are both aligned to 16 bytes is written with streaming stores. Every path gives the same values.
 OrvStatus myColorTwist32fC4R(const float* src, int srcStep, float* dst, int dstStep, RoiSize roi,
                              const Orv32f twist[4][4])
 {
@@ -701,11 +717,12 @@ OrvStatus myColorTwist32fC4R(const float* src, int srcStep, float* dst, int dstS
     if (OrvStatus st = checkSizeAndSteps(roi, srcStep, dstStep))
         return st;
     const Columns m = columnsOf4x4(twist);
+    const bool large = streamFloats((long long)roi.width * 4 * roi.height);
     bool streamed = false;
     auto run = [&](const float* s, float* d, int n) {
-        const bool aligned = reinterpret_cast<uintptr_t>(s) % 16 == 0 && reinterpret_cast<uintptr_t>(d) % 16 == 0;
-        streamed |= aligned;
-        twistRow(Twist4{m, aligned}, {s}, {d}, n);
+        const bool stream = large && reinterpret_cast<uintptr_t>(s) % 16 == 0 && reinterpret_cast<uintptr_t>(d) % 16 == 0;
+        streamed |= stream;
+        twistRow(Twist4{m, stream}, {s}, {d}, n);
     };
     if (contiguous(srcStep, dstStep, roi, 16)) {
         run(src, dst, roi.width * roi.height);

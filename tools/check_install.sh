@@ -12,9 +12,15 @@ libdir=$(dirname "$(find "$prefix" -name liborvcch9.so | head -n1)")
 
 cmake -S tests/install -B "$prefix/consumer" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
 cmake --build "$prefix/consumer" >/dev/null
-LD_LIBRARY_PATH="$libdir" "$prefix/consumer/consumer"
+# No LD_LIBRARY_PATH: the consumer's run path names the prefix, and the
+# library finds liborvcore.so beside itself.
+env -u LD_LIBRARY_PATH "$prefix/consumer/consumer"
 
 export PKG_CONFIG_PATH="$libdir/pkgconfig"
-cc tests/install/consumer.c -o "$prefix/consumer-pc" $(pkg-config --cflags --libs orvcc)
-LD_LIBRARY_PATH="$libdir" "$prefix/consumer-pc"
+cc tests/install/consumer.c -o "$prefix/consumer-pc" $(pkg-config --cflags --libs orvcc) -Wl,-rpath,"$libdir"
+env -u LD_LIBRARY_PATH "$prefix/consumer-pc"
+if [ -x "$prefix/bin/orvcc" ]; then
+  env -u LD_LIBRARY_PATH "$prefix/bin/orvcc" info >/dev/null
+  echo "installed tool runs"
+fi
 echo "install check passed"

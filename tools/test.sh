@@ -9,3 +9,5 @@ shift || true
 cmake -S . -B "$dir" -DORVCC_BUILD_TESTS=ON "$@" >/dev/null
 cmake --build "$dir" -j "$(nproc)"
 ctest --test-dir "$dir" --output-on-failure -j "$(nproc)"
+# Outside CI, make this build's Python module importable by python3.
+[ "${CI:-}" = true ] || tools/python-dev.sh "$dir"

@@ -16,6 +16,11 @@
 #include "orvcc.h"
 #include "orvcore.h"
 
+#ifdef ORVCC_HAVE_OPENCV
+#include <opencv2/core.hpp>
+#include <opencv2/imgproc.hpp>
+#endif
+
 namespace orvbench {
 
 constexpr int kWidth = 1920;
@@ -94,6 +99,34 @@ inline void registerPeer(const std::string& name, std::function<void(benchmark::
         reportPixels(state, 1LL * kWidth * kHeight);
     })->Unit(benchmark::kMillisecond)->UseRealTime();
 }
+
+// A typed conversion f(src, srcStep, dst, dstStep, roi) as a Call.
+template <class S, class D = S>
+Call typedCall(OrvStatus (*f)(const S*, int, D*, int, RoiSize))
+{
+    return [f](uint8_t* s, int ss, uint8_t* d, int ds, RoiSize r) {
+        return f(reinterpret_cast<const S*>(s), ss, reinterpret_cast<D*>(d), ds, r);
+    };
+}
+
+#ifdef ORVCC_HAVE_OPENCV
+// OpenCV's cvtColor with `code` on a frame of `type` (uniform in 0..255, or
+// 0..1 for floats; `floatHi` widens that, e.g. to 100 for L), on `threads`
+// threads (-1: OpenCV's default).
+inline void registerCvtColor(const std::string& name, int type, int code, int threads, double floatHi = 1.0)
+{
+    registerPeer(name, [=](benchmark::State& state) {
+        cv::setNumThreads(threads);
+        cv::Mat s(kHeight, kWidth, type), d;
+        cv::randu(s, 0, CV_MAT_DEPTH(type) == CV_32F ? floatHi : 255.0);
+        for (auto _ : state) {
+            cv::cvtColor(s, d, code);
+            benchmark::ClobberMemory();
+        }
+        cv::setNumThreads(-1);
+    });
+}
+#endif
 
 // A memcpy of `pixelBytes` bytes a pixel over the frame: the time a
 // conversion bound by its memory traffic can approach (read S and write D

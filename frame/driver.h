@@ -134,6 +134,15 @@ inline void rowsAreaTestedInCallersRounding(int width, int height, int32_t thres
     }
 }
 
+// Pattern A over the rows of a rectangle with a row kernel.
+template <class K>
+inline void rowsAreaTested(const K& k, const typename K::Src* src, int srcStep, typename K::Dst* dst, int dstStep,
+                           int width, int height, int32_t threshold)
+{
+    rowsAreaTested(width, height, threshold,
+                   [&](int y) { runRow(k, rowAt(src, srcStep, y), rowAt(dst, dstStep, y), width); });
+}
+
 // Pattern B: always a parallel region, also for one row.
 template <class Body>
 inline void rowsParallel(int height, Body&& body)

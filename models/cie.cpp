@@ -24,6 +24,7 @@
 #include "frame/fronts.h"
 #include "frame/scalar.h"
 #include "frame/simd.h"
+#include "models/ciematrix.h"
 #include "models/pixels3.h"
 
 namespace h9 {
@@ -47,17 +48,6 @@ constexpr Matrix8u kToXyzTail = {{{27030, 23434, 11824}, {13937, 46868, 4729}, {
 constexpr Matrix8u kToRgbGroup = {{{26546, -12591, -4083}, {-7939, 15368, 340}, {456, -1671, 8661}}, 13};
 constexpr Matrix8u kToRgbTail = {
     {{212368, -100738, -32671}, {-63521, 122944, 2723}, {3646, -13372, 69291}}, 16};
-
-struct Matrix32f {
-    float c[3][3];
-};
-
-constexpr Matrix32f kToXyz = {{{0.412453f, 0.357580f, 0.180423f},
-                               {0.212671f, 0.715160f, 0.072169f},
-                               {0.019334f, 0.119193f, 0.950227f}}};
-constexpr Matrix32f kToRgb = {{{3.240479f, -1.537150f, -0.498535f},
-                               {-0.969256f, 1.875991f, 0.041556f},
-                               {0.055648f, -0.204043f, 1.057311f}}};
 
 template <Dir D>
 constexpr const Matrix32f& floatMatrix()
@@ -321,8 +311,7 @@ OrvStatus convertXyz(const K& k, const typename K::Src* src, int srcStep, typena
     constexpr int shift = sizeof(typename K::Src) == 1 ? 0 : sizeof(typename K::Src) == 2 ? 1 : 2;
     const int ss = (srcStep >> shift) * int(sizeof(typename K::Src));
     const int ds = (dstStep >> shift) * int(sizeof(typename K::Dst));
-    rowsAreaTested(roi.width, roi.height, 4096,
-                   [&](int y) { runRow(k, rowAt(src, ss, y), rowAt(dst, ds, y), roi.width); });
+    rowsAreaTested(k, src, ss, dst, ds, roi.width, roi.height, 4096);
     return orvStatusOk;
 }
 

@@ -7,22 +7,19 @@
 #include <random>
 #include <vector>
 
-#include "support/image.h"
+#include "support/typed.h"
 
 using namespace orvtest;
 
 namespace {
 
 template <class T>
-using Fn = OrvStatus (*)(const T*, int, T*, int, RoiSize);
+using Fn = TypedFn<T>;
 
 template <class T>
 void sweep(int ch, Fn<T> f)
 {
-    expectVectorMatchesScalar(ch * sizeof(T), ch * sizeof(T), sizeof(T), fillTypical<T>,
-                              [&](GuardedImage& s, GuardedImage& d, RoiSize roi) {
-                                  return f(s.data<T>(), s.step(), d.data<T>(), d.step(), roi);
-                              });
+    sweepTyped<T>(ch, ch, f);
 }
 
 TEST(Xyz, VectorPathsMatchScalarForms)
@@ -49,12 +46,7 @@ TEST(Xyz, VectorPathsMatchScalarForms)
 template <class T>
 std::vector<T> row(int width, int ch, std::vector<T> px, Fn<T> f)
 {
-    std::vector<T> src, dst(std::size_t(width) * ch, T(0));
-    for (int i = 0; i < width; ++i)
-        src.insert(src.end(), px.begin(), px.end());
-    EXPECT_EQ(f(src.data(), width * ch * int(sizeof(T)), dst.data(), width * ch * int(sizeof(T)), {width, 1}),
-              orvStatusOk);
-    return dst;
+    return convertRow<T>(width, ch, ch, px, f);
 }
 
 TEST(Xyz, EightBitGroupsAndTail)
@@ -239,24 +231,6 @@ TEST(Xyz, FloatClampsAndNaN)
     }
 }
 
-// The destination's fourth channel keeps its bytes in every AC4 member.
-template <class T>
-void expectAlphaKept(Fn<T> f)
-{
-    std::mt19937 rng(8);
-    for (int w : {1, 3, 4, 5, 8, 13, 40}) {
-        GuardedImage src = makeImage(w, 2, 4 * sizeof(T), 0, false, 0);
-        GuardedImage dst = makeImage(w, 2, 4 * sizeof(T), 0, false, 0);
-        fillTypical<T>(src, rng);
-        dst.fillBytes(rng);
-        const std::vector<uint8_t> before = dst.pixels();
-        ASSERT_EQ(f(src.data<T>(), src.step(), dst.data<T>(), dst.step(), {w, 2}), orvStatusOk);
-        const std::vector<uint8_t> after = dst.pixels();
-        for (std::size_t p = 0; p < after.size(); p += 4 * sizeof(T))
-            ASSERT_EQ(std::memcmp(&after[p + 3 * sizeof(T)], &before[p + 3 * sizeof(T)], sizeof(T)), 0) << w;
-    }
-}
-
 TEST(Xyz, AlphaIsNeverWritten)
 {
     expectAlphaKept<Orv8u>(orviRGBToXYZ_8u_AC4R);
@@ -287,58 +261,14 @@ TEST(Xyz, StepsRoundDownToWholeElements)
 
 TEST(Xyz, FrontChecksInOrderAndNothingWrittenOnFailure)
 {
-    alignas(16) Orv8u src[64] = {}, dst[64];
-    std::memset(dst, 0x5a, sizeof dst);
-    auto check = [&](auto fn, auto* s, auto* d) {
-        using S = std::remove_pointer_t<decltype(s)>;
-        using D = std::remove_pointer_t<decltype(d)>;
-        EXPECT_EQ(fn(static_cast<const S*>(nullptr), 16, static_cast<D*>(nullptr), 16, RoiSize{0, 0}), orvStatusNullPointer);
-        EXPECT_EQ(fn(static_cast<const S*>(nullptr), 16, d, 16, RoiSize{0, 0}), orvStatusNullPointer);
-        EXPECT_EQ(fn(s, 16, static_cast<D*>(nullptr), 16, RoiSize{0, 0}), orvStatusNullPointer);
-        EXPECT_EQ(fn(s, 16, d, 16, RoiSize{0, 0}), orvStatusBadSize);
-        EXPECT_EQ(fn(s, 16, d, 16, RoiSize{0, 1}), orvStatusBadSize);
-        EXPECT_EQ(fn(s, 16, d, 16, RoiSize{1, 0}), orvStatusBadSize);
-        EXPECT_EQ(fn(s, 16, d, 16, RoiSize{-1, 5}), orvStatusBadSize);
-        for (Orv8u b : dst)
-            ASSERT_EQ(b, 0x5a);
-    };
-    auto* s16 = reinterpret_cast<Orv16u*>(src);
-    auto* d16 = reinterpret_cast<Orv16u*>(dst);
-    auto* s16s = reinterpret_cast<Orv16s*>(src);
-    auto* d16s = reinterpret_cast<Orv16s*>(dst);
-    auto* sf = reinterpret_cast<Orv32f*>(src);
-    auto* df = reinterpret_cast<Orv32f*>(dst);
     for (auto fn : {orviRGBToXYZ_8u_C3R, orviRGBToXYZ_8u_AC4R, orviXYZToRGB_8u_C3R, orviXYZToRGB_8u_AC4R})
-        check(fn, src, dst);
+        expectFrontChecks<Orv8u>(fn);
     for (auto fn : {orviRGBToXYZ_16u_C3R, orviRGBToXYZ_16u_AC4R, orviXYZToRGB_16u_C3R, orviXYZToRGB_16u_AC4R})
-        check(fn, s16, d16);
+        expectFrontChecks<Orv16u>(fn);
     for (auto fn : {orviRGBToXYZ_16s_C3R, orviRGBToXYZ_16s_AC4R, orviXYZToRGB_16s_C3R, orviXYZToRGB_16s_AC4R})
-        check(fn, s16s, d16s);
+        expectFrontChecks<Orv16s>(fn);
     for (auto fn : {orviRGBToXYZ_32f_C3R, orviRGBToXYZ_32f_AC4R, orviXYZToRGB_32f_C3R, orviXYZToRGB_32f_AC4R})
-        check(fn, sf, df);
-}
-
-// Serial up to 4096 pixels, rows over threads above: the same bytes for any
-// thread count, on both sides of the line.
-template <class T>
-void expectThreadIndependent(int ch, Fn<T> f)
-{
-    std::mt19937 rng(21);
-    for (auto [w, h] : {std::pair{64, 64}, std::pair{4097, 1}, std::pair{5000, 1}, std::pair{37, 111}, std::pair{200, 64}}) {
-        GuardedImage src = makeImage(w, h, ch * sizeof(T), 2 * sizeof(T), false, 0);
-        fillTypical<T>(src, rng);
-        std::vector<uint8_t> first;
-        for (int n : {1, 2, 3, 5}) {
-            ThreadCount threads(n);
-            GuardedImage dst = makeImage(w, h, ch * sizeof(T), 4 * sizeof(T), h % 2 == 1, 0);
-            ASSERT_EQ(f(src.data<T>(), src.step(), dst.data<T>(), dst.step(), {w, h}), orvStatusOk);
-            ASSERT_TRUE(dst.guardsIntact());
-            if (first.empty())
-                first = dst.pixels();
-            else
-                ASSERT_EQ(dst.pixels(), first) << w << "x" << h << ", " << n << " threads";
-        }
-    }
+        expectFrontChecks<Orv32f>(fn);
 }
 
 TEST(Xyz, OutputDoesNotDependOnTheThreadCount)

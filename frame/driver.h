@@ -114,15 +114,13 @@ inline void rowsAreaTested(int width, int height, int32_t threshold, Body&& body
         body(y);
 }
 
-// Pattern A for conversions that round to nearest in the caller's rounding
+// Pattern B for conversions that round to nearest in the caller's rounding
 // mode: each thread of the region takes the caller's mode for the length of
 // the call and gets its own back, so the output does not depend on which
 // thread converts a row.
 template <class Body>
-inline void rowsAreaTestedInCallersRounding(int width, int height, int32_t threshold, Body&& body)
+inline void rowsParallelInCallersRounding(int height, Body&& body)
 {
-    if (area32(width, height) <= threshold)
-        return rowsAreaTested(width, height, threshold, body);
     const uint32_t mode = orv_get_rc_ssx();
     const int n = ownGetNumThreads();
 #pragma omp parallel num_threads(n)
@@ -132,6 +130,15 @@ inline void rowsAreaTestedInCallersRounding(int width, int height, int32_t thres
         for (int y = 0; y < height; ++y)
             body(y);
     }
+}
+
+// Pattern A with the caller's rounding mode carried into the region.
+template <class Body>
+inline void rowsAreaTestedInCallersRounding(int width, int height, int32_t threshold, Body&& body)
+{
+    if (area32(width, height) <= threshold)
+        return rowsAreaTested(width, height, threshold, body);
+    rowsParallelInCallersRounding(height, body);
 }
 
 // Pattern A over the rows of a rectangle with a row kernel.

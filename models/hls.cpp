@@ -623,7 +623,7 @@ OrvStatus bgrFamily(const void* src, const In& in, const void* dst, const Out& o
         for (int y = 0; y < roi.height; ++y)
             row(y);
     } else {
-        rowsInCallersRounding(roi.height, row);
+        rowsParallelInCallersRounding(roi.height, row);
     }
     return orvStatusOk;
 }
@@ -663,7 +663,7 @@ ORV_FRONT(orviBGRToHLS_8u_AC4R)(const Orv8u* pSrc, int srcStep, Orv8u* pDst, int
         return st;
     if (srcStep < 1 || dstStep < 1)
         return orvStatusBadStep;
-    rowsInCallersRounding(roiSize.height, [&](int y) {
+    rowsParallelInCallersRounding(roiSize.height, [&](int y) {
         hueRow<BgrToHls, true, false>(Packed<const Orv8u, 4>{rowAt(pSrc, srcStep, y)},
                                       Packed<Orv8u, 4>{rowAt(pDst, dstStep, y)}, roiSize.width);
     });

@@ -471,32 +471,11 @@ inline void hueRow(const In& in, const Out& out, int width)
 // mode for the length of the call and then its own back, so the output never
 // depends on the thread count.
 
-template <class Body>
-inline void rowsInCallersRounding(int height, Body&& body)
-{
-    const uint32_t mode = _mm_getcsr() & kRoundingMask;
-    const int n = ownGetNumThreads();
-#pragma omp parallel num_threads(n)
-    {
-        const uint32_t own = orv_set_rc_ssx(mode);
-#pragma omp for schedule(static)
-        for (int y = 0; y < height; ++y)
-            body(y);
-        if ((own & kRoundingMask) != mode)
-            orv_set_cw_ssx(own);
-    }
-}
-
 // Up to 4096 pixels on the caller's thread, above that rows over threads.
 template <class Body>
 inline void rowsAboveArea(int width, int height, Body&& body)
 {
-    if (area32(width, height) <= 4096) {
-        for (int y = 0; y < height; ++y)
-            body(y);
-        return;
-    }
-    rowsInCallersRounding(height, body);
+    rowsAreaTestedInCallersRounding(width, height, 4096, body);
 }
 
 // The interleaved members: source and destination pointers, then the size;

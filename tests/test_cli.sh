@@ -13,7 +13,7 @@ passed=0 failed=0 skipped=0
 
 ok() { passed=$((passed + 1)); }
 bad() { failed=$((failed + 1)); echo "FAIL: $*"; }
-has() { "$tool" list | grep -q "$1"; }
+has() { "$tool" list --names | grep -qx "$1"; }
 
 # expect CODE OUTFILE -- command...: exit code CODE and OUTFILE absent (with
 # no temporary left beside it) unless CODE is 0.

@@ -317,8 +317,13 @@ int info()
     return kExitOk;
 }
 
-int list()
+int list(bool namesOnly)
 {
+    if (namesOnly) {
+        for (int i = 0; i < orvcall::kEntryCount; ++i)
+            std::printf("%s\n", orvcall::kEntries[i].name);
+        return kExitOk;
+    }
     std::map<std::string, std::vector<std::string>> families;
     for (int i = 0; i < orvcall::kEntryCount; ++i) {
         const std::string n = orvcall::kEntries[i].name;
@@ -441,6 +446,8 @@ int main(int argc, char** argv)
 
     auto* inf = app.add_subcommand("info", "version, variant, processor features and threads");
     auto* lst = app.add_subcommand("list", "every conversion this build exports, and the words convert takes");
+    bool namesOnly = false;
+    lst->add_flag("--names", namesOnly, "only the exported names, one a line");
     std::string benchName, benchSize = "1920x1080";
     int benchThreads = 0;
     auto* bn = app.add_subcommand("bench", "megapixels per second of one exported conversion on a generated frame");
@@ -474,7 +481,7 @@ int main(int argc, char** argv)
         if (inf->parsed())
             return info();
         if (lst->parsed())
-            return list();
+            return list(namesOnly);
         if (bn->parsed())
             return bench(benchName, benchSize, benchThreads);
         if (gal->parsed())

@@ -12,6 +12,7 @@ debian=/usr/bin/python3
 for py in $(printf '%s\n' "$(command -v python3 || true)" "$debian" | sort -u); do
   [ -x "$py" ] || continue
   site=$("$py" -c 'import site; print(site.getsitepackages()[0])' 2>/dev/null) || continue
+  rm -f "$site/orvcc-build.pth"  # an earlier one would answer the numpy question below
   lines="$dir"
   if ! "$py" -c 'import numpy' 2>/dev/null && [ -x "$debian" ] &&
      [ "$("$py" -c 'import sys; print(sys.version_info[:2])')" = "$("$debian" -c 'import sys; print(sys.version_info[:2])')" ]; then

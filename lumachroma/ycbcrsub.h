@@ -20,6 +20,7 @@
 #include <array>
 #include <cstdint>
 
+#include "frame/simd.h"
 #include "lumachroma/pixels8u.h"
 #include "lumachroma/ycbcrforms.h"
 
@@ -101,6 +102,19 @@ constexpr std::array<int8_t, 16> repeatEveryOtherMask(int first)
     return m;
 }
 
+// pshufb mask that takes the four Cb of a 16-byte chunk to 16-bit lanes
+// 0-3 and the four Cr to lanes 4-7, zero-extended.
+constexpr std::array<int8_t, 16> splitChromaMask(Order422 o)
+{
+    std::array<int8_t, 16> m{};
+    for (int j = 0; j < 4; ++j) {
+        m[2 * j] = int8_t(4 * j + o.cb);
+        m[8 + 2 * j] = int8_t(4 * j + o.cr);
+        m[2 * j + 1] = m[8 + 2 * j + 1] = int8_t(-128);
+    }
+    return m;
+}
+
 template <Order422 O>
 struct PackedPairsIn {
     const uint8_t* p;
@@ -124,6 +138,32 @@ struct PackedPairsIn {
         const __m256i y = _mm256_permute4x64_epi64(_mm256_unpacklo_epi64(s0, s1), 0xD8);
         const __m256i c = _mm256_permute4x64_epi64(_mm256_unpackhi_epi64(s0, s1), 0xD8);
         return widen3(y, _mm256_shuffle_epi8(c, mask256(kCb)), _mm256_shuffle_epi8(c, mask256(kCr)));
+    }
+
+    // Luma of 32 pixels from i in the unpack order of Wide: lo = pixels 0-7
+    // and 16-23, hi = 8-15 and 24-31, which is what 16-byte halves of the
+    // row give when paired that way.
+    Wide luma32(int i) const
+    {
+        const uint8_t* s = p + 2 * i;
+        const __m256i w0 = simd::load2x128(s, s + 32), w1 = simd::load2x128(s + 16, s + 48);
+        if constexpr (O.y0 == 0)
+            return {_mm256_and_si256(w0, k16(0xFF)), _mm256_and_si256(w1, k16(0xFF))};
+        else
+            return {_mm256_srli_epi16(w0, 8), _mm256_srli_epi16(w1, 8)};
+    }
+
+    // The 16 chroma samples of those pixels, in sample order.
+    void chroma16(int i, V& cb, V& cr) const
+    {
+        static constexpr auto kSplit = splitChromaMask(O);
+        const uint8_t* s = p + 2 * i;
+        const __m256i w0 = simd::load2x128(s, s + 32), w1 = simd::load2x128(s + 16, s + 48);
+        // s0 = Cb and Cr of pairs 0-3 | 8-11, s1 those of pairs 4-7 | 12-15,
+        // four 16-bit samples of each.
+        const __m256i s0 = _mm256_shuffle_epi8(w0, mask256(kSplit)), s1 = _mm256_shuffle_epi8(w1, mask256(kSplit));
+        cb = _mm256_unpacklo_epi64(s0, s1);
+        cr = _mm256_unpackhi_epi64(s0, s1);
     }
 };
 
@@ -151,6 +191,18 @@ struct PlanarSubIn {
             return widen3(loadu32(y + i), repeat4(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(cb + i / 4))),
                           repeat4(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(cr + i / 4))));
     }
+
+    Wide luma32(int i) const
+        requires(H == 2)
+    {
+        return widen(loadu32(y + i));
+    }
+    void chroma16(int i, V& u, V& v) const
+        requires(H == 2)
+    {
+        u = _mm256_cvtepu8_epi16(loadu16(cb + i / 2));
+        v = _mm256_cvtepu8_epi16(loadu16(cr + i / 2));
+    }
 };
 
 // Luma plane and one plane of chroma pairs, Cb first or Cr first.
@@ -172,7 +224,108 @@ struct SemiPlanarIn {
         const __m256i first = _mm256_shuffle_epi8(c, mask256(kFirst)), second = _mm256_shuffle_epi8(c, mask256(kSecond));
         return widen3(loadu32(y + i), CbFirst ? first : second, CbFirst ? second : first);
     }
+
+    Wide luma32(int i) const { return widen(loadu32(y + i)); }
+    void chroma16(int i, V& cb, V& cr) const
+    {
+        const __m256i c = loadu32(uv + i);
+        const V first = _mm256_and_si256(c, k16(0xFF)), second = _mm256_srli_epi16(c, 8);
+        cb = CbFirst ? first : second;
+        cr = CbFirst ? second : first;
+    }
 };
+
+// ---------------------------------------------------------------------------
+// Inverse block forms split into a luma term and three chroma terms, joined
+// per pixel: R = (a + r) >> S, G = (a - g) >> S (or a + g where the green
+// weights carry their sign), B = (a + b) >> S. The chroma terms are then
+// formed once per chroma sample and shared by every pixel (and row) that
+// repeats it. The results are those of the forms' `lanes`: in the forms
+// with saturating adds no partial sum comes near the 16-bit limits (luma
+// terms below 4500, chroma terms below 4200 in size), so the adds are exact
+// and neither their order nor the place of the rounding term matters; the
+// other forms wrap, which is order-free too.
+
+// Studio-range luma at 12 fraction bits, rounding Rnd, 3 guard bits.
+template <int Rnd>
+struct SplitIB : FormIBr<Rnd> {
+    static constexpr int kShift = 3;
+    static constexpr bool kAddG = false;
+    static V lumaTerm(V y) { return add(hiS(shl<7>(sub(y, 16)), 4769), Rnd); }
+    static V3 chromaTerms(V cb, V cr)
+    {
+        const V cb128 = shl<7>(sub(cb, 128)), cr128 = shl<7>(sub(cr, 128));
+        return {hiS(cr128, 6537), _mm256_add_epi16(hiS(cb128, 1605), hiS(cr128, 3330)), hiS(cb128, 8263)};
+    }
+};
+
+// 13 fraction bits, 4 guard bits, rounding 8.
+struct SplitIC : FormIC {
+    static constexpr int kShift = 4;
+    static constexpr bool kAddG = false;
+    static V lumaTerm(V y) { return add(hiS(shl<7>(sub(y, 16)), 9535), 8); }
+    static V3 chromaTerms(V cb, V cr)
+    {
+        const V cb128 = shl<7>(sub(cb, 128)), cr128 = shl<7>(sub(cr, 128));
+        return {hiS(cr128, 13074), _mm256_add_epi16(hiS(cr128, 6660), hiS(cb128, 3211)), hiS(cb128, 16523)};
+    }
+};
+
+template <class B>
+inline V3 joinTerms(V a, const V3& t)
+{
+    const V g = B::kAddG ? _mm256_add_epi16(a, t.b) : _mm256_sub_epi16(a, t.b);
+    return {_mm256_srai_epi16(_mm256_add_epi16(a, t.a), B::kShift), _mm256_srai_epi16(g, B::kShift),
+            _mm256_srai_epi16(_mm256_add_epi16(a, t.c), B::kShift)};
+}
+
+template <class B, class In>
+constexpr bool kSplits = requires(const In& in, V v) {
+    B::chromaTerms(v, v);
+    in.chroma16(0, v, v);
+};
+
+// Whole vectors of 32 pixels of K rows that share their chroma (4:2:0 pairs
+// of rows, or one row), by the split form B, up to `end`; returns where the
+// vectors stopped (0 when the scalar forms are asked for).
+template <class B, std::size_t K, class In, class Out>
+[[gnu::flatten]] inline int splitBlocks(const std::array<In, K>& in, const std::array<Out, K>& out, int end)
+{
+    if (g_scalarBlocks)
+        return 0;
+    int i = 0;
+    for (; i + 32 <= end; i += 32) {
+        V cb, cr;
+        in[0].chroma16(i, cb, cr);
+        const V3 t = B::chromaTerms(cb, cr);
+        // Each term twice, in the pixel order of Wide.
+        const V3 lo = {_mm256_unpacklo_epi16(t.a, t.a), _mm256_unpacklo_epi16(t.b, t.b), _mm256_unpacklo_epi16(t.c, t.c)};
+        const V3 hi = {_mm256_unpackhi_epi16(t.a, t.a), _mm256_unpackhi_epi16(t.b, t.b), _mm256_unpackhi_epi16(t.c, t.c)};
+        for (std::size_t k = 0; k < K; ++k) {
+            const Wide y = in[k].luma32(i);
+            const V3 l = joinTerms<B>(B::lumaTerm(y.lo), lo), h = joinTerms<B>(B::lumaTerm(y.hi), hi);
+            out[k].store32(i, packBytes({l.a, h.a}), packBytes({l.b, h.b}), packBytes({l.c, h.c}));
+        }
+    }
+    return i;
+}
+
+// K rows sharing their chroma by the kernel Kr: the block form over
+// [0, spanEnd) (split vectors where form and layout allow, the rest as in
+// the full-resolution rows), the tail form after it.
+template <class Kr, std::size_t K, class In, class Out>
+inline void convertSubRows(const std::array<In, K>& in, const std::array<Out, K>& out, int width)
+{
+    using B = typename Kr::Block;
+    const int end = Kr::spanEnd(width);
+    int i = 0;
+    if constexpr (kSplits<B, In>)
+        i = splitBlocks<B>(in, out, end);
+    for (std::size_t k = 0; k < K; ++k) {
+        blockSpan<B>(in[k], out[k], i, end);
+        tailSpan<typename Kr::Tail>(in[k], out[k], end, width);
+    }
+}
 
 // ---------------------------------------------------------------------------
 // Forward sources: the pixels8u layouts, read as R, G, B whatever the byte

@@ -305,6 +305,12 @@ struct PlanesIn {
 
     Px get(int i) const { return {p[0][i], p[1][i], p[2][i]}; }
 
+    Bytes3 bytes32(int i) const
+    {
+        auto plane = [&](int k) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p[k] + i)); };
+        return {plane(0), plane(1), plane(2)};
+    }
+
     Wide3 load32(int i) const
     {
         auto plane = [&](int k) { return widen(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p[k] + i))); };

@@ -348,6 +348,14 @@ struct RgbIn {
             std::swap(w.a, w.c);
         return w;
     }
+    Bytes3 bytes32(int i) const
+        requires requires(In x) { x.bytes32(0); }
+    {
+        Bytes3 x = in.bytes32(i);
+        if constexpr (Bgr)
+            std::swap(x.a, x.c);
+        return x;
+    }
 };
 
 // ---------------------------------------------------------------------------
@@ -415,9 +423,11 @@ struct FormsOf {
         const uint16_t t = addsU16(addsU16(hiU(r << 8, M.yBlock.r), hiU(g << 8, M.yBlock.g)), hiU(b << 8, M.yBlock.b));
         return range(satU8(addsU16(t, M.yBlockOffset) >> 7));
     }
-    static V yBlock(V r, V g, V b)
+    static V yBlock(V r, V g, V b) { return yBlock8(shl<8>(r), shl<8>(g), shl<8>(b)); }
+    // The same on the channels already shifted up by 8.
+    static V yBlock8(V r8, V g8, V b8)
     {
-        const V t = addsU(addsU(hiU(shl<8>(r), M.yBlock.r), hiU(shl<8>(g), M.yBlock.g)), hiU(shl<8>(b), M.yBlock.b));
+        const V t = addsU(addsU(hiU(r8, M.yBlock.r), hiU(g8, M.yBlock.g)), hiU(b8, M.yBlock.b));
         return range(srl<7>(addsU(t, M.yBlockOffset)));
     }
     static uint8_t yTail(int r, int g, int b, int) { return range((r * M.y.r + g * M.y.g + b * M.y.b + M.yOffset) >> 16); }
@@ -576,6 +586,33 @@ template <class F, int H, int K>
     c = _mm256_permute4x64_epi64(_mm256_packus_epi16(cb, cr), 0xD8);
 }
 
+// The same from the channel bytes of K rows: luma from the bytes unpacked
+// into the high halves of 16-bit lanes (the channels shifted up by 8, as the
+// luma forms want them), the sums of pairs by a byte multiply-add.
+template <class F, int H, int K>
+[[gnu::flatten]] inline void block32(const Bytes3 (&x)[K], __m256i (&ys)[K], __m256i& c)
+{
+    const __m256i z = _mm256_setzero_si256(), ones = _mm256_set1_epi8(1);
+    V s[3];
+    for (int k = 0; k < K; ++k) {
+        auto lo = [&](__m256i v) { return _mm256_unpacklo_epi8(z, v); };
+        auto hi = [&](__m256i v) { return _mm256_unpackhi_epi8(z, v); };
+        ys[k] = _mm256_packus_epi16(F::yBlock8(lo(x[k].a), lo(x[k].b), lo(x[k].c)),
+                                    F::yBlock8(hi(x[k].a), hi(x[k].b), hi(x[k].c)));
+        const __m256i ch[3] = {x[k].a, x[k].b, x[k].c};
+        for (int j = 0; j < 3; ++j) {
+            const V pairs = _mm256_maddubs_epi16(ch[j], ones);
+            s[j] = k == 0 ? pairs : _mm256_add_epi16(s[j], pairs);
+        }
+    }
+    if constexpr (H == 4)
+        for (V& v : s)
+            v = quadSums(v);
+    V cb, cr;
+    F::cBlock(s[0], s[1], s[2], cb, cr);
+    c = _mm256_permute4x64_epi64(_mm256_packus_epi16(cb, cr), 0xD8);
+}
+
 // One group of H by K pixels from pixel i by the block (Block) or tail forms.
 template <class F, int H, int K, bool Block, class In, class Out>
 inline void group(const std::array<In, K>& in, const Out& out, int i)
@@ -603,11 +640,18 @@ template <class F, int H, int K, class In, class Out>
             group<F, H, K, true>(in, out, i);
     } else {
         for (; i + 32 <= end; i += 32) {
-            Wide3 x[K];
-            for (int k = 0; k < K; ++k)
-                x[k] = in[k].load32(i);
             __m256i ys[K], c;
-            block32<F, H, K>(x, ys, c);
+            if constexpr (requires { in[0].bytes32(0); }) {
+                Bytes3 x[K];
+                for (int k = 0; k < K; ++k)
+                    x[k] = in[k].bytes32(i);
+                block32<F, H, K>(x, ys, c);
+            } else {
+                Wide3 x[K];
+                for (int k = 0; k < K; ++k)
+                    x[k] = in[k].load32(i);
+                block32<F, H, K>(x, ys, c);
+            }
             out.store32(i, ys, c);
         }
         if (i < end) {

@@ -34,10 +34,11 @@ struct FormsSemiPlanar : FormsQuad {
     {
         return satU8(wrap16(mulhrs(r << 7, 4211) + mulhrs(g << 7, 8258) + mulhrs(b << 7, 1606) + 1026) >> 6);
     }
-    static V yBlock(V r, V g, V b)
+    static V yBlock(V r, V g, V b) { return yBlock7(shl<7>(r), shl<7>(g), shl<7>(b)); }
+    static V yBlock8(V r8, V g8, V b8) { return yBlock7(srl<1>(r8), srl<1>(g8), srl<1>(b8)); }
+    static V yBlock7(V r7, V g7, V b7)
     {
-        const V t = _mm256_add_epi16(_mm256_add_epi16(mulhrs(shl<7>(r), 4211), mulhrs(shl<7>(g), 8258)),
-                                     mulhrs(shl<7>(b), 1606));
+        const V t = _mm256_add_epi16(_mm256_add_epi16(mulhrs(r7, 4211), mulhrs(g7, 8258)), mulhrs(b7, 1606));
         return srl<6>(add(t, 1026));
     }
     static C2 cBlock(int sr, int sg, int sb)

@@ -304,20 +304,69 @@ OrvStatus planes411(const Orv8u* const src[3], const int srcStep[3], Orv8u* dst,
 // The filtered member: in each pair the even pixel takes the chroma sample,
 // the odd pixel the rounded mean of it and the next one (the last pair of a
 // row its own), then 12 fraction bits with no rounding term.
-void filteredRow(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* d, int width, uint8_t alpha)
-{
-    const int pairs = width / 2;
-    for (int i = 0; i < 2 * pairs; ++i) {
-        const int k = i / 2;
-        const bool interpolate = (i & 1) && k + 1 < pairs;
-        const int u = (interpolate ? (cb[k] + cb[k + 1] + 1) >> 1 : cb[k]) - 128;
-        const int v = (interpolate ? (cr[k] + cr[k + 1] + 1) >> 1 : cr[k]) - 128;
-        const int l = 4769 * (y[i] - 16);
-        uint8_t* q = d + 4 * i;
+struct Filtered {
+    static int mean(const uint8_t* c, int k, bool interpolate) { return interpolate ? (c[k] + c[k + 1] + 1) >> 1 : c[k]; }
+    static void pixel(uint8_t* q, int y, int u, int v, uint8_t alpha)
+    {
+        const int l = 4769 * (y - 16);
         q[0] = chop((l + 8263 * u) >> 12);
         q[1] = chop((l - 1605 * u - 3330 * v) >> 12);
         q[2] = chop((l + 6537 * v) >> 12);
         q[3] = alpha;
+    }
+
+    // Chroma of 16 pixels less 128 in 16-bit lanes: samples k .. k + 7,
+    // each followed by its mean with the next (a byte average rounds up
+    // like the scalar mean).
+    static V chroma16(const uint8_t* c)
+    {
+        const __m128i here = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(c));
+        const __m128i next = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(c + 1));
+        return sub(_mm256_cvtepu8_epi16(_mm_unpacklo_epi8(here, _mm_avg_epu8(here, next))), 128);
+    }
+    // 16 pixels: the sums as 32-bit multiply-adds of (Y - 16, u) and
+    // (Y - 16, v), >> 12, narrowed with saturation (the clamp to 0 .. 255).
+    static void block16(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* d, uint8_t alpha)
+    {
+        const V yy = sub(_mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(y))), 16);
+        const V u = chroma16(cb), v = chroma16(cr);
+        auto pair = [](int a, int b) { return _mm256_set1_epi32(int32_t(uint32_t(uint16_t(a)) | (uint32_t(uint16_t(b)) << 16))); };
+        auto half = [&](V yu, V yv, __m256i (&bgr)[3]) {
+            bgr[0] = _mm256_srai_epi32(_mm256_madd_epi16(yu, pair(4769, 8263)), 12);
+            bgr[1] = _mm256_srai_epi32(
+                _mm256_add_epi32(_mm256_madd_epi16(yu, pair(4769, -1605)), _mm256_madd_epi16(yv, pair(0, -3330))), 12);
+            bgr[2] = _mm256_srai_epi32(_mm256_madd_epi16(yv, pair(4769, 6537)), 12);
+        };
+        // lo: pixels 0-3 | 8-11, hi: 4-7 | 12-15, as 32-bit lanes.
+        __m256i lo[3], hi[3];
+        half(_mm256_unpacklo_epi16(yy, u), _mm256_unpacklo_epi16(yy, v), lo);
+        half(_mm256_unpackhi_epi16(yy, u), _mm256_unpackhi_epi16(yy, v), hi);
+        const V b = _mm256_packs_epi32(lo[0], hi[0]), g = _mm256_packs_epi32(lo[1], hi[1]);
+        const V r = _mm256_packs_epi32(lo[2], hi[2]);
+        // Per lane: B 0-7, G 0-7 and R 0-7, alpha; then B G pairs and R A
+        // pairs, and the four bytes of each pixel.
+        static constexpr std::array<int8_t, 16> kPairUp = {0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15};
+        const __m256i bg = _mm256_shuffle_epi8(_mm256_packus_epi16(b, g), mask256(kPairUp));
+        const __m256i ra = _mm256_shuffle_epi8(_mm256_packus_epi16(r, k16(alpha)), mask256(kPairUp));
+        const __m256i p0 = _mm256_unpacklo_epi16(bg, ra), p1 = _mm256_unpackhi_epi16(bg, ra);
+        storeu32(d, _mm256_permute2x128_si256(p0, p1, 0x20));
+        storeu32(d + 32, _mm256_permute2x128_si256(p0, p1, 0x31));
+    }
+};
+
+void filteredRow(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* d, int width, uint8_t alpha)
+{
+    const int pairs = width / 2;
+    int i = 0;
+    // Vectors of 16 pixels while the next sample after them lies in the row.
+    if (!g_scalarBlocks)
+        for (; i + 18 <= 2 * pairs; i += 16)
+            Filtered::block16(y + i, cb + i / 2, cr + i / 2, d + 4 * i, alpha);
+    for (; i < 2 * pairs; ++i) {
+        const int k = i / 2;
+        const bool interpolate = (i & 1) && k + 1 < pairs;
+        Filtered::pixel(d + 4 * i, y[i], Filtered::mean(cb, k, interpolate) - 128, Filtered::mean(cr, k, interpolate) - 128,
+                        alpha);
     }
 }
 

@@ -140,32 +140,67 @@ struct PackedPairsIn {
         return widen3(y, _mm256_shuffle_epi8(c, mask256(kCb)), _mm256_shuffle_epi8(c, mask256(kCr)));
     }
 
-    // Luma of 32 pixels from i in the unpack order of Wide: lo = pixels 0-7
-    // and 16-23, hi = 8-15 and 24-31, which is what 16-byte halves of the
-    // row give when paired that way.
-    Wide luma32(int i) const
+    // The 64 bytes of 32 pixels from i in two registers w0, w1 of whole
+    // pairs. Pixel order (Quads false): w0 = pixels 0-7 | 16-23, w1 = 8-15 |
+    // 24-31, the unpack order of Wide. Quad order (Quads true): w0 = 0-3,
+    // 8-11 | 4-7, 12-15, w1 the same for 16-31, which packs to the order
+    // that four-byte stores take without crossing lanes (storeQuads).
+    template <bool Quads>
+    void load64(int i, __m256i& w0, __m256i& w1) const
     {
         const uint8_t* s = p + 2 * i;
-        const __m256i w0 = simd::load2x128(s, s + 32), w1 = simd::load2x128(s + 16, s + 48);
+        if constexpr (Quads) {
+            w0 = _mm256_permute4x64_epi64(loadu32(s), 0xD8);
+            w1 = _mm256_permute4x64_epi64(loadu32(s + 32), 0xD8);
+        } else {
+            w0 = simd::load2x128(s, s + 32);
+            w1 = simd::load2x128(s + 16, s + 48);
+        }
+    }
+
+    // Luma of those pixels in 16-bit lanes.
+    template <bool Quads = false>
+    Wide luma32(int i) const
+    {
+        __m256i w0, w1;
+        load64<Quads>(i, w0, w1);
         if constexpr (O.y0 == 0)
             return {_mm256_and_si256(w0, k16(0xFF)), _mm256_and_si256(w1, k16(0xFF))};
         else
             return {_mm256_srli_epi16(w0, 8), _mm256_srli_epi16(w1, 8)};
     }
 
-    // The 16 chroma samples of those pixels, in sample order.
+    // Their 16 chroma samples, ordered so that each sample repeated twice
+    // (unpacklo / unpackhi with itself) lines up with lo and hi of the luma.
+    template <bool Quads = false>
     void chroma16(int i, V& cb, V& cr) const
     {
         static constexpr auto kSplit = splitChromaMask(O);
-        const uint8_t* s = p + 2 * i;
-        const __m256i w0 = simd::load2x128(s, s + 32), w1 = simd::load2x128(s + 16, s + 48);
-        // s0 = Cb and Cr of pairs 0-3 | 8-11, s1 those of pairs 4-7 | 12-15,
-        // four 16-bit samples of each.
+        __m256i w0, w1;
+        load64<Quads>(i, w0, w1);
+        // The Cb and Cr of each lane's four pairs, four 16-bit samples each.
         const __m256i s0 = _mm256_shuffle_epi8(w0, mask256(kSplit)), s1 = _mm256_shuffle_epi8(w1, mask256(kSplit));
         cb = _mm256_unpacklo_epi64(s0, s1);
         cr = _mm256_unpackhi_epi64(s0, s1);
     }
 };
+
+// Four-byte pixels with a constant fourth byte, from channels in quad order:
+// pixels 0-3, 8-11, 16-19, 24-27 in lane 0, the others in lane 1.
+template <bool Swap>
+inline void storeQuads(const PackedOut<4, Swap, Alpha::Value>& out, int i, __m256i x0, __m256i x1, __m256i x2)
+{
+    const __m256i c0 = Swap ? x2 : x0, c2 = Swap ? x0 : x2, a = _mm256_set1_epi8(char(out.alpha));
+    const __m256i lo01 = _mm256_unpacklo_epi8(c0, x1), hi01 = _mm256_unpackhi_epi8(c0, x1);
+    const __m256i lo2a = _mm256_unpacklo_epi8(c2, a), hi2a = _mm256_unpackhi_epi8(c2, a);
+    uint8_t* d = out.p + 4 * i;
+    storeu32(d, _mm256_unpacklo_epi16(lo01, lo2a));
+    storeu32(d + 32, _mm256_unpackhi_epi16(lo01, lo2a));
+    storeu32(d + 64, _mm256_unpacklo_epi16(hi01, hi2a));
+    storeu32(d + 96, _mm256_unpackhi_epi16(hi01, hi2a));
+}
+template <class Out>
+constexpr bool kStoresQuads = requires(const Out& o, __m256i v) { storeQuads(o, 0, v, v, v); };
 
 // Three planes, chroma at 1/H of the width. `lastC` is the last chroma
 // sample a pixel may take: pixels past the last whole group of a row take
@@ -294,17 +329,29 @@ template <class B, std::size_t K, class In, class Out>
     if (g_scalarBlocks)
         return 0;
     int i = 0;
+    constexpr bool kQuads = kStoresQuads<Out> && requires(const In& x, V v) { x.template chroma16<true>(0, v, v); };
     for (; i + 32 <= end; i += 32) {
         V cb, cr;
-        in[0].chroma16(i, cb, cr);
+        if constexpr (kQuads)
+            in[0].template chroma16<true>(i, cb, cr);
+        else
+            in[0].chroma16(i, cb, cr);
         const V3 t = B::chromaTerms(cb, cr);
         // Each term twice, in the pixel order of Wide.
         const V3 lo = {_mm256_unpacklo_epi16(t.a, t.a), _mm256_unpacklo_epi16(t.b, t.b), _mm256_unpacklo_epi16(t.c, t.c)};
         const V3 hi = {_mm256_unpackhi_epi16(t.a, t.a), _mm256_unpackhi_epi16(t.b, t.b), _mm256_unpackhi_epi16(t.c, t.c)};
         for (std::size_t k = 0; k < K; ++k) {
-            const Wide y = in[k].luma32(i);
+            Wide y;
+            if constexpr (kQuads)
+                y = in[k].template luma32<true>(i);
+            else
+                y = in[k].luma32(i);
             const V3 l = joinTerms<B>(B::lumaTerm(y.lo), lo), h = joinTerms<B>(B::lumaTerm(y.hi), hi);
-            out[k].store32(i, packBytes({l.a, h.a}), packBytes({l.b, h.b}), packBytes({l.c, h.c}));
+            const __m256i c0 = packBytes({l.a, h.a}), c1 = packBytes({l.b, h.b}), c2 = packBytes({l.c, h.c});
+            if constexpr (kQuads)
+                storeQuads(out[k], i, c0, c1, c2);
+            else
+                out[k].store32(i, c0, c1, c2);
         }
     }
     return i;

@@ -178,25 +178,74 @@ struct Kernel {
 // output whether the pixel lies in the block part of the row, for alpha
 // rules that differ there.
 
-// pshufb mask that spreads byte vectors of channel `ch` (pixel k at byte k)
-// over chunk `chunk` of an interleaved run of `channels`-byte pixels; bytes
-// of other channels are zeroed so the spreads of all channels can be ORed.
-constexpr std::array<int8_t, 16> spreadMask(int channels, int ch, int chunk)
+// Three-byte pixels, 16 of them in three 16-byte chunks: byte p of chunk k
+// belongs to channel (k + p) % 3 (16 is 1 modulo 3), so each channel's
+// bytes sit at different positions in the three chunks. Two byte blends
+// gather a channel's 16 bytes into one register and one shuffle sorts them;
+// a store runs the other way round.
+
+// Blend mask: the positions where chunk k holds channel ch.
+constexpr std::array<int8_t, 16> shareMask(int ch, int k)
 {
     std::array<int8_t, 16> m{};
-    for (int k = 0; k < 16; ++k) {
-        const int byte = 16 * chunk + k;
-        m[k] = (byte % channels == ch) ? int8_t(byte / channels) : int8_t(-128);
+    for (int p = 0; p < 16; ++p)
+        m[p] = (k + p) % 3 == ch ? int8_t(-128) : int8_t(0);
+    return m;
+}
+// Shuffle that sorts the blended bytes of channel ch into pixel order.
+constexpr std::array<int8_t, 16> sortThirdsMask(int ch)
+{
+    std::array<int8_t, 16> m{};
+    for (int i = 0; i < 16; ++i)
+        m[i] = int8_t((3 * i + ch) % 16);
+    return m;
+}
+// Shuffle that puts pixel bytes of channel ch at their positions in the
+// chunks.
+constexpr std::array<int8_t, 16> spreadThirdsMask(int ch)
+{
+    std::array<int8_t, 16> m{};
+    for (int p = 0; p < 16; ++p) {
+        const int k = ((ch - p) % 3 + 3) % 3;
+        m[p] = int8_t((16 * k + p - ch) / 3);
     }
     return m;
 }
 
-template <int Channels, int Ch, int Chunk>
-inline __m256i spreadMask256()
+template <const std::array<int8_t, 16>& M>
+inline __m256i bytesMask()
 {
-    static constexpr auto m = spreadMask(Channels, Ch, Chunk);
-    return _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(m.data())));
+    return _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(M.data())));
 }
+
+template <int Ch>
+struct ThirdsMasks {
+    static constexpr auto kShare1 = shareMask(Ch, 1), kShare2 = shareMask(Ch, 2);
+    static constexpr auto kSort = sortThirdsMask(Ch), kSpread = spreadThirdsMask(Ch);
+};
+
+// Channel Ch of 16 pixels per lane from the chunks a0, a1, a2 of each lane.
+template <int Ch>
+inline __m256i gatherThirds(__m256i a0, __m256i a1, __m256i a2)
+{
+    using M = ThirdsMasks<Ch>;
+    const __m256i v = _mm256_blendv_epi8(_mm256_blendv_epi8(a0, a1, bytesMask<M::kShare1>()), a2, bytesMask<M::kShare2>());
+    return _mm256_shuffle_epi8(v, bytesMask<M::kSort>());
+}
+
+// Chunk K of each lane from the three channels, each already spread.
+template <int K>
+inline __m256i chunkOfThirds(__m256i s0, __m256i s1, __m256i s2)
+{
+    static constexpr auto kFrom1 = shareMask(1, K), kFrom2 = shareMask(2, K);
+    return _mm256_blendv_epi8(_mm256_blendv_epi8(s0, s1, bytesMask<kFrom1>()), s2, bytesMask<kFrom2>());
+}
+
+// Three channels of 32 pixels as bytes, pixels 0-15 in lane 0 and 16-31 in
+// lane 1.
+struct Bytes3 {
+    __m256i a, b, c;
+};
 
 // Interleaved pixels of Ch bytes (3, or 4 with a fourth byte not used).
 template <int Ch>
@@ -217,23 +266,24 @@ struct PackedIn {
                 _mm256_and_si256(_mm256_srli_epi32(v, 16), m)};
     }
 
+    // Lane 0 gathers pixels 0-15 from bytes 0-47, lane 1 pixels 16-31 from
+    // bytes 48-95.
+    Bytes3 bytes32(int i) const
+        requires(Ch == 3)
+    {
+        const uint8_t* s = p + 3 * i;
+        const __m256i a0 = simd::load2x128(s, s + 48);
+        const __m256i a1 = simd::load2x128(s + 16, s + 64);
+        const __m256i a2 = simd::load2x128(s + 32, s + 80);
+        return {gatherThirds<0>(a0, a1, a2), gatherThirds<1>(a0, a1, a2), gatherThirds<2>(a0, a1, a2)};
+    }
+
     Wide3 load32(int i) const
     {
         const uint8_t* s = p + Ch * i;
         if constexpr (Ch == 3) {
-            // Lane 0 gathers pixels 0-15 from bytes 0-47, lane 1 pixels
-            // 16-31 from bytes 48-95.
-            const __m256i a0 = simd::load2x128(s, s + 48);
-            const __m256i a1 = simd::load2x128(s + 16, s + 64);
-            const __m256i a2 = simd::load2x128(s + 32, s + 80);
-            auto channel = [&](__m256i m0, __m256i m1, __m256i m2) {
-                return widen(_mm256_or_si256(_mm256_or_si256(_mm256_shuffle_epi8(a0, m0), _mm256_shuffle_epi8(a1, m1)),
-                                             _mm256_shuffle_epi8(a2, m2)));
-            };
-            using simd::gatherMask256;
-            return {channel(gatherMask256<3, 0, 0, 1>(), gatherMask256<3, 0, 1, 1>(), gatherMask256<3, 0, 2, 1>()),
-                    channel(gatherMask256<3, 1, 0, 1>(), gatherMask256<3, 1, 1, 1>(), gatherMask256<3, 1, 2, 1>()),
-                    channel(gatherMask256<3, 2, 0, 1>(), gatherMask256<3, 2, 1, 1>(), gatherMask256<3, 2, 2, 1>())};
+            const Bytes3 x = bytes32(i);
+            return {widen(x.a), widen(x.b), widen(x.c)};
         } else {
             // Four pixels per 128-bit half, paired so that packing the 32-bit
             // words of a channel to 16 bits lands in the unpack order.
@@ -254,6 +304,12 @@ struct PlanesIn {
     const uint8_t* p[3];
 
     Px get(int i) const { return {p[0][i], p[1][i], p[2][i]}; }
+
+    Bytes3 bytes32(int i) const
+    {
+        auto plane = [&](int k) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p[k] + i)); };
+        return {plane(0), plane(1), plane(2)};
+    }
 
     Wide3 load32(int i) const
     {
@@ -312,16 +368,15 @@ struct PackedOut {
         uint8_t* d = p + Ch * i;
         const __m256i c0 = Swap ? x2 : x0, c1 = x1, c2 = Swap ? x0 : x2;
         if constexpr (Ch == 3) {
-            auto chunk = [&](__m256i m0, __m256i m1, __m256i m2) {
-                return _mm256_or_si256(_mm256_or_si256(_mm256_shuffle_epi8(c0, m0), _mm256_shuffle_epi8(c1, m1)),
-                                       _mm256_shuffle_epi8(c2, m2));
-            };
+            const __m256i s0 = _mm256_shuffle_epi8(c0, bytesMask<ThirdsMasks<0>::kSpread>());
+            const __m256i s1 = _mm256_shuffle_epi8(c1, bytesMask<ThirdsMasks<1>::kSpread>());
+            const __m256i s2 = _mm256_shuffle_epi8(c2, bytesMask<ThirdsMasks<2>::kSpread>());
             auto store = [&](int k, __m256i v) {
                 _mm256_storeu2_m128i(reinterpret_cast<__m128i*>(d + 48 + 16 * k), reinterpret_cast<__m128i*>(d + 16 * k), v);
             };
-            store(0, chunk(spreadMask256<3, 0, 0>(), spreadMask256<3, 1, 0>(), spreadMask256<3, 2, 0>()));
-            store(1, chunk(spreadMask256<3, 0, 1>(), spreadMask256<3, 1, 1>(), spreadMask256<3, 2, 1>()));
-            store(2, chunk(spreadMask256<3, 0, 2>(), spreadMask256<3, 1, 2>(), spreadMask256<3, 2, 2>()));
+            store(0, chunkOfThirds<0>(s0, s1, s2));
+            store(1, chunkOfThirds<1>(s0, s1, s2));
+            store(2, chunkOfThirds<2>(s0, s1, s2));
         } else {
             const __m256i a = A == Alpha::Value ? _mm256_set1_epi8(char(alpha)) : _mm256_setzero_si256();
             const __m256i lo01 = _mm256_unpacklo_epi8(c0, c1), hi01 = _mm256_unpackhi_epi8(c0, c1);

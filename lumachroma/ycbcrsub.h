@@ -20,6 +20,7 @@
 #include <array>
 #include <cstdint>
 
+#include "frame/simd.h"
 #include "lumachroma/pixels8u.h"
 #include "lumachroma/ycbcrforms.h"
 
@@ -101,6 +102,19 @@ constexpr std::array<int8_t, 16> repeatEveryOtherMask(int first)
     return m;
 }
 
+// pshufb mask that takes the four Cb of a 16-byte chunk to 16-bit lanes
+// 0-3 and the four Cr to lanes 4-7, zero-extended.
+constexpr std::array<int8_t, 16> splitChromaMask(Order422 o)
+{
+    std::array<int8_t, 16> m{};
+    for (int j = 0; j < 4; ++j) {
+        m[2 * j] = int8_t(4 * j + o.cb);
+        m[8 + 2 * j] = int8_t(4 * j + o.cr);
+        m[2 * j + 1] = m[8 + 2 * j + 1] = int8_t(-128);
+    }
+    return m;
+}
+
 template <Order422 O>
 struct PackedPairsIn {
     const uint8_t* p;
@@ -125,7 +139,68 @@ struct PackedPairsIn {
         const __m256i c = _mm256_permute4x64_epi64(_mm256_unpackhi_epi64(s0, s1), 0xD8);
         return widen3(y, _mm256_shuffle_epi8(c, mask256(kCb)), _mm256_shuffle_epi8(c, mask256(kCr)));
     }
+
+    // The 64 bytes of 32 pixels from i in two registers w0, w1 of whole
+    // pairs. Pixel order (Quads false): w0 = pixels 0-7 | 16-23, w1 = 8-15 |
+    // 24-31, the unpack order of Wide. Quad order (Quads true): w0 = 0-3,
+    // 8-11 | 4-7, 12-15, w1 the same for 16-31, which packs to the order
+    // that four-byte stores take without crossing lanes (storeQuads).
+    template <bool Quads>
+    void load64(int i, __m256i& w0, __m256i& w1) const
+    {
+        const uint8_t* s = p + 2 * i;
+        if constexpr (Quads) {
+            w0 = _mm256_permute4x64_epi64(loadu32(s), 0xD8);
+            w1 = _mm256_permute4x64_epi64(loadu32(s + 32), 0xD8);
+        } else {
+            w0 = simd::load2x128(s, s + 32);
+            w1 = simd::load2x128(s + 16, s + 48);
+        }
+    }
+
+    // Luma of those pixels in 16-bit lanes.
+    template <bool Quads = false>
+    Wide luma32(int i) const
+    {
+        __m256i w0, w1;
+        load64<Quads>(i, w0, w1);
+        if constexpr (O.y0 == 0)
+            return {_mm256_and_si256(w0, k16(0xFF)), _mm256_and_si256(w1, k16(0xFF))};
+        else
+            return {_mm256_srli_epi16(w0, 8), _mm256_srli_epi16(w1, 8)};
+    }
+
+    // Their 16 chroma samples, ordered so that each sample repeated twice
+    // (unpacklo / unpackhi with itself) lines up with lo and hi of the luma.
+    template <bool Quads = false>
+    void chroma16(int i, V& cb, V& cr) const
+    {
+        static constexpr auto kSplit = splitChromaMask(O);
+        __m256i w0, w1;
+        load64<Quads>(i, w0, w1);
+        // The Cb and Cr of each lane's four pairs, four 16-bit samples each.
+        const __m256i s0 = _mm256_shuffle_epi8(w0, mask256(kSplit)), s1 = _mm256_shuffle_epi8(w1, mask256(kSplit));
+        cb = _mm256_unpacklo_epi64(s0, s1);
+        cr = _mm256_unpackhi_epi64(s0, s1);
+    }
 };
+
+// Four-byte pixels with a constant fourth byte, from channels in quad order:
+// pixels 0-3, 8-11, 16-19, 24-27 in lane 0, the others in lane 1.
+template <bool Swap>
+inline void storeQuads(const PackedOut<4, Swap, Alpha::Value>& out, int i, __m256i x0, __m256i x1, __m256i x2)
+{
+    const __m256i c0 = Swap ? x2 : x0, c2 = Swap ? x0 : x2, a = _mm256_set1_epi8(char(out.alpha));
+    const __m256i lo01 = _mm256_unpacklo_epi8(c0, x1), hi01 = _mm256_unpackhi_epi8(c0, x1);
+    const __m256i lo2a = _mm256_unpacklo_epi8(c2, a), hi2a = _mm256_unpackhi_epi8(c2, a);
+    uint8_t* d = out.p + 4 * i;
+    storeu32(d, _mm256_unpacklo_epi16(lo01, lo2a));
+    storeu32(d + 32, _mm256_unpackhi_epi16(lo01, lo2a));
+    storeu32(d + 64, _mm256_unpacklo_epi16(hi01, hi2a));
+    storeu32(d + 96, _mm256_unpackhi_epi16(hi01, hi2a));
+}
+template <class Out>
+constexpr bool kStoresQuads = requires(const Out& o, __m256i v) { storeQuads(o, 0, v, v, v); };
 
 // Three planes, chroma at 1/H of the width. `lastC` is the last chroma
 // sample a pixel may take: pixels past the last whole group of a row take
@@ -151,6 +226,18 @@ struct PlanarSubIn {
             return widen3(loadu32(y + i), repeat4(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(cb + i / 4))),
                           repeat4(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(cr + i / 4))));
     }
+
+    Wide luma32(int i) const
+        requires(H == 2)
+    {
+        return widen(loadu32(y + i));
+    }
+    void chroma16(int i, V& u, V& v) const
+        requires(H == 2)
+    {
+        u = _mm256_cvtepu8_epi16(loadu16(cb + i / 2));
+        v = _mm256_cvtepu8_epi16(loadu16(cr + i / 2));
+    }
 };
 
 // Luma plane and one plane of chroma pairs, Cb first or Cr first.
@@ -172,7 +259,120 @@ struct SemiPlanarIn {
         const __m256i first = _mm256_shuffle_epi8(c, mask256(kFirst)), second = _mm256_shuffle_epi8(c, mask256(kSecond));
         return widen3(loadu32(y + i), CbFirst ? first : second, CbFirst ? second : first);
     }
+
+    Wide luma32(int i) const { return widen(loadu32(y + i)); }
+    void chroma16(int i, V& cb, V& cr) const
+    {
+        const __m256i c = loadu32(uv + i);
+        const V first = _mm256_and_si256(c, k16(0xFF)), second = _mm256_srli_epi16(c, 8);
+        cb = CbFirst ? first : second;
+        cr = CbFirst ? second : first;
+    }
 };
+
+// ---------------------------------------------------------------------------
+// Inverse block forms split into a luma term and three chroma terms, joined
+// per pixel: R = (a + r) >> S, G = (a - g) >> S (or a + g where the green
+// weights carry their sign), B = (a + b) >> S. The chroma terms are then
+// formed once per chroma sample and shared by every pixel (and row) that
+// repeats it. The results are those of the forms' `lanes`: in the forms
+// with saturating adds no partial sum comes near the 16-bit limits (luma
+// terms below 4500, chroma terms below 4200 in size), so the adds are exact
+// and neither their order nor the place of the rounding term matters; the
+// other forms wrap, which is order-free too.
+
+// Studio-range luma at 12 fraction bits, rounding Rnd, 3 guard bits.
+template <int Rnd>
+struct SplitIB : FormIBr<Rnd> {
+    static constexpr int kShift = 3;
+    static constexpr bool kAddG = false;
+    static V lumaTerm(V y) { return add(hiS(shl<7>(sub(y, 16)), 4769), Rnd); }
+    static V3 chromaTerms(V cb, V cr)
+    {
+        const V cb128 = shl<7>(sub(cb, 128)), cr128 = shl<7>(sub(cr, 128));
+        return {hiS(cr128, 6537), _mm256_add_epi16(hiS(cb128, 1605), hiS(cr128, 3330)), hiS(cb128, 8263)};
+    }
+};
+
+// 13 fraction bits, 4 guard bits, rounding 8.
+struct SplitIC : FormIC {
+    static constexpr int kShift = 4;
+    static constexpr bool kAddG = false;
+    static V lumaTerm(V y) { return add(hiS(shl<7>(sub(y, 16)), 9535), 8); }
+    static V3 chromaTerms(V cb, V cr)
+    {
+        const V cb128 = shl<7>(sub(cb, 128)), cr128 = shl<7>(sub(cr, 128));
+        return {hiS(cr128, 13074), _mm256_add_epi16(hiS(cr128, 6660), hiS(cb128, 3211)), hiS(cb128, 16523)};
+    }
+};
+
+template <class B>
+inline V3 joinTerms(V a, const V3& t)
+{
+    const V g = B::kAddG ? _mm256_add_epi16(a, t.b) : _mm256_sub_epi16(a, t.b);
+    return {_mm256_srai_epi16(_mm256_add_epi16(a, t.a), B::kShift), _mm256_srai_epi16(g, B::kShift),
+            _mm256_srai_epi16(_mm256_add_epi16(a, t.c), B::kShift)};
+}
+
+template <class B, class In>
+constexpr bool kSplits = requires(const In& in, V v) {
+    B::chromaTerms(v, v);
+    in.chroma16(0, v, v);
+};
+
+// Whole vectors of 32 pixels of K rows that share their chroma (4:2:0 pairs
+// of rows, or one row), by the split form B, up to `end`; returns where the
+// vectors stopped (0 when the scalar forms are asked for).
+template <class B, std::size_t K, class In, class Out>
+[[gnu::flatten]] inline int splitBlocks(const std::array<In, K>& in, const std::array<Out, K>& out, int end)
+{
+    if (g_scalarBlocks)
+        return 0;
+    int i = 0;
+    constexpr bool kQuads = kStoresQuads<Out> && requires(const In& x, V v) { x.template chroma16<true>(0, v, v); };
+    for (; i + 32 <= end; i += 32) {
+        V cb, cr;
+        if constexpr (kQuads)
+            in[0].template chroma16<true>(i, cb, cr);
+        else
+            in[0].chroma16(i, cb, cr);
+        const V3 t = B::chromaTerms(cb, cr);
+        // Each term twice, in the pixel order of Wide.
+        const V3 lo = {_mm256_unpacklo_epi16(t.a, t.a), _mm256_unpacklo_epi16(t.b, t.b), _mm256_unpacklo_epi16(t.c, t.c)};
+        const V3 hi = {_mm256_unpackhi_epi16(t.a, t.a), _mm256_unpackhi_epi16(t.b, t.b), _mm256_unpackhi_epi16(t.c, t.c)};
+        for (std::size_t k = 0; k < K; ++k) {
+            Wide y;
+            if constexpr (kQuads)
+                y = in[k].template luma32<true>(i);
+            else
+                y = in[k].luma32(i);
+            const V3 l = joinTerms<B>(B::lumaTerm(y.lo), lo), h = joinTerms<B>(B::lumaTerm(y.hi), hi);
+            const __m256i c0 = packBytes({l.a, h.a}), c1 = packBytes({l.b, h.b}), c2 = packBytes({l.c, h.c});
+            if constexpr (kQuads)
+                storeQuads(out[k], i, c0, c1, c2);
+            else
+                out[k].store32(i, c0, c1, c2);
+        }
+    }
+    return i;
+}
+
+// K rows sharing their chroma by the kernel Kr: the block form over
+// [0, spanEnd) (split vectors where form and layout allow, the rest as in
+// the full-resolution rows), the tail form after it.
+template <class Kr, std::size_t K, class In, class Out>
+inline void convertSubRows(const std::array<In, K>& in, const std::array<Out, K>& out, int width)
+{
+    using B = typename Kr::Block;
+    const int end = Kr::spanEnd(width);
+    int i = 0;
+    if constexpr (kSplits<B, In>)
+        i = splitBlocks<B>(in, out, end);
+    for (std::size_t k = 0; k < K; ++k) {
+        blockSpan<B>(in[k], out[k], i, end);
+        tailSpan<typename Kr::Tail>(in[k], out[k], end, width);
+    }
+}
 
 // ---------------------------------------------------------------------------
 // Forward sources: the pixels8u layouts, read as R, G, B whatever the byte
@@ -194,6 +394,14 @@ struct RgbIn {
         if constexpr (Bgr)
             std::swap(w.a, w.c);
         return w;
+    }
+    Bytes3 bytes32(int i) const
+        requires requires(In x) { x.bytes32(0); }
+    {
+        Bytes3 x = in.bytes32(i);
+        if constexpr (Bgr)
+            std::swap(x.a, x.c);
+        return x;
     }
 };
 
@@ -262,9 +470,11 @@ struct FormsOf {
         const uint16_t t = addsU16(addsU16(hiU(r << 8, M.yBlock.r), hiU(g << 8, M.yBlock.g)), hiU(b << 8, M.yBlock.b));
         return range(satU8(addsU16(t, M.yBlockOffset) >> 7));
     }
-    static V yBlock(V r, V g, V b)
+    static V yBlock(V r, V g, V b) { return yBlock8(shl<8>(r), shl<8>(g), shl<8>(b)); }
+    // The same on the channels already shifted up by 8.
+    static V yBlock8(V r8, V g8, V b8)
     {
-        const V t = addsU(addsU(hiU(shl<8>(r), M.yBlock.r), hiU(shl<8>(g), M.yBlock.g)), hiU(shl<8>(b), M.yBlock.b));
+        const V t = addsU(addsU(hiU(r8, M.yBlock.r), hiU(g8, M.yBlock.g)), hiU(b8, M.yBlock.b));
         return range(srl<7>(addsU(t, M.yBlockOffset)));
     }
     static uint8_t yTail(int r, int g, int b, int) { return range((r * M.y.r + g * M.y.g + b * M.y.b + M.yOffset) >> 16); }
@@ -423,6 +633,33 @@ template <class F, int H, int K>
     c = _mm256_permute4x64_epi64(_mm256_packus_epi16(cb, cr), 0xD8);
 }
 
+// The same from the channel bytes of K rows: luma from the bytes unpacked
+// into the high halves of 16-bit lanes (the channels shifted up by 8, as the
+// luma forms want them), the sums of pairs by a byte multiply-add.
+template <class F, int H, int K>
+[[gnu::flatten]] inline void block32(const Bytes3 (&x)[K], __m256i (&ys)[K], __m256i& c)
+{
+    const __m256i z = _mm256_setzero_si256(), ones = _mm256_set1_epi8(1);
+    V s[3];
+    for (int k = 0; k < K; ++k) {
+        auto lo = [&](__m256i v) { return _mm256_unpacklo_epi8(z, v); };
+        auto hi = [&](__m256i v) { return _mm256_unpackhi_epi8(z, v); };
+        ys[k] = _mm256_packus_epi16(F::yBlock8(lo(x[k].a), lo(x[k].b), lo(x[k].c)),
+                                    F::yBlock8(hi(x[k].a), hi(x[k].b), hi(x[k].c)));
+        const __m256i ch[3] = {x[k].a, x[k].b, x[k].c};
+        for (int j = 0; j < 3; ++j) {
+            const V pairs = _mm256_maddubs_epi16(ch[j], ones);
+            s[j] = k == 0 ? pairs : _mm256_add_epi16(s[j], pairs);
+        }
+    }
+    if constexpr (H == 4)
+        for (V& v : s)
+            v = quadSums(v);
+    V cb, cr;
+    F::cBlock(s[0], s[1], s[2], cb, cr);
+    c = _mm256_permute4x64_epi64(_mm256_packus_epi16(cb, cr), 0xD8);
+}
+
 // One group of H by K pixels from pixel i by the block (Block) or tail forms.
 template <class F, int H, int K, bool Block, class In, class Out>
 inline void group(const std::array<In, K>& in, const Out& out, int i)
@@ -450,11 +687,18 @@ template <class F, int H, int K, class In, class Out>
             group<F, H, K, true>(in, out, i);
     } else {
         for (; i + 32 <= end; i += 32) {
-            Wide3 x[K];
-            for (int k = 0; k < K; ++k)
-                x[k] = in[k].load32(i);
             __m256i ys[K], c;
-            block32<F, H, K>(x, ys, c);
+            if constexpr (requires { in[0].bytes32(0); }) {
+                Bytes3 x[K];
+                for (int k = 0; k < K; ++k)
+                    x[k] = in[k].bytes32(i);
+                block32<F, H, K>(x, ys, c);
+            } else {
+                Wide3 x[K];
+                for (int k = 0; k < K; ++k)
+                    x[k] = in[k].load32(i);
+                block32<F, H, K>(x, ys, c);
+            }
             out.store32(i, ys, c);
         }
         if (i < end) {

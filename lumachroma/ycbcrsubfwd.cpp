@@ -34,10 +34,11 @@ struct FormsSemiPlanar : FormsQuad {
     {
         return satU8(wrap16(mulhrs(r << 7, 4211) + mulhrs(g << 7, 8258) + mulhrs(b << 7, 1606) + 1026) >> 6);
     }
-    static V yBlock(V r, V g, V b)
+    static V yBlock(V r, V g, V b) { return yBlock7(shl<7>(r), shl<7>(g), shl<7>(b)); }
+    static V yBlock8(V r8, V g8, V b8) { return yBlock7(srl<1>(r8), srl<1>(g8), srl<1>(b8)); }
+    static V yBlock7(V r7, V g7, V b7)
     {
-        const V t = _mm256_add_epi16(_mm256_add_epi16(mulhrs(shl<7>(r), 4211), mulhrs(shl<7>(g), 8258)),
-                                     mulhrs(shl<7>(b), 1606));
+        const V t = _mm256_add_epi16(_mm256_add_epi16(mulhrs(r7, 4211), mulhrs(g7, 8258)), mulhrs(b7, 1606));
         return srl<6>(add(t, 1026));
     }
     static C2 cBlock(int sr, int sg, int sb)
@@ -212,22 +213,75 @@ void threeTapRow(const In& in, uint8_t* d, int width)
 
 // The gamma member: channels through the forward 8-bit gamma table, then a
 // three-tap filter at 15 fraction bits in plain 32-bit arithmetic, the same
-// for every pair of the row.
+// for every pair of the row. Per pair, a = the even pixel, b = the odd one:
+//   Cb = (Cb(a) + Cb/2(b) + Cb/2(previous b) + 4210687) >> 15, Y = luma(a),
+//   Cr likewise, Y = luma(b); each kept to 8 bits.
+struct GammaThreeTap {
+    static int evenCb(const Px& a) { return a[0] * -2426 + a[1] * -4769 + a[2] * 7193; }
+    static int evenCr(const Px& a) { return a[0] * 7193 + a[1] * -6030 + a[2] * -1164; }
+    static int oddCb(const Px& b) { return b[0] * -1213 + b[1] * -2385 + b[2] * 3596; }
+    static int oddCr(const Px& b) { return b[0] * 3596 + b[1] * -3015 + b[2] * -582; }
+    static uint8_t luma(const Px& a) { return uint8_t((a[0] * 8422 + a[1] * 16515 + a[2] * 3212 + 0x84000) >> 15); }
+    static uint8_t chroma(int e, int o, int p) { return uint8_t((e + o + p + 4210687) >> 15); }
+
+    // The same on eight pairs in 32-bit lanes.
+    using W = __m256i;
+    static W dot(const W (&x)[3], int wr, int wg, int wb)
+    {
+        return _mm256_add_epi32(_mm256_add_epi32(mul32(x[0], wr), mul32(x[1], wg)), mul32(x[2], wb));
+    }
+    static W bits(W v, int shift) { return _mm256_slli_epi32(_mm256_and_si256(_mm256_srai_epi32(v, 15), k32(0xFF)), shift); }
+};
+
+// Lanes shifted up by one, the carried value entering lane 0.
+inline __m256i previousWords(__m256i t, int carry)
+{
+    return _mm256_alignr_epi8(t, _mm256_permute2x128_si256(_mm256_set1_epi32(carry), t, 0x21), 12);
+}
+
 void gammaThreeTapRow(const uint8_t* s, uint8_t* d, int width)
 {
+    using G = GammaThreeTap;
     auto mapped = [&](int i) {
         return Px{tableFwd8u[s[3 * i]], tableFwd8u[s[3 * i + 1]], tableFwd8u[s[3 * i + 2]]};
     };
-    int pcb = 0, pcr = 0;
-    for (int i = 0; i + 1 < width; i += 2) {
+    int pcb = 0, pcr = 0, i = 0;
+    if (!g_scalarBlocks) {
+        // Eight pairs at a time: the table read byte by byte into 32-bit
+        // lanes of even and odd pixels, the arithmetic on the lanes.
+        for (; i + 16 <= width; i += 16) {
+            alignas(32) int32_t ev[3][8], od[3][8];
+            for (int j = 0; j < 8; ++j)
+                for (int c = 0; c < 3; ++c) {
+                    ev[c][j] = tableFwd8u[s[3 * (i + 2 * j) + c]];
+                    od[c][j] = tableFwd8u[s[3 * (i + 2 * j + 1) + c]];
+                }
+            auto load = [](const int32_t* p) { return _mm256_load_si256(reinterpret_cast<const __m256i*>(p)); };
+            const __m256i a[3] = {load(ev[0]), load(ev[1]), load(ev[2])}, b[3] = {load(od[0]), load(od[1]), load(od[2])};
+            const __m256i ocb = G::dot(b, -1213, -2385, 3596), ocr = G::dot(b, 3596, -3015, -582);
+            const __m256i rnd = k32(4210687);
+            const __m256i cb = _mm256_add_epi32(_mm256_add_epi32(G::dot(a, -2426, -4769, 7193), ocb),
+                                                _mm256_add_epi32(previousWords(ocb, pcb), rnd));
+            const __m256i cr = _mm256_add_epi32(_mm256_add_epi32(G::dot(a, 7193, -6030, -1164), ocr),
+                                                _mm256_add_epi32(previousWords(ocr, pcr), rnd));
+            const __m256i yOff = k32(0x84000);
+            const __m256i y0 = _mm256_add_epi32(G::dot(a, 8422, 16515, 3212), yOff);
+            const __m256i y1 = _mm256_add_epi32(G::dot(b, 8422, 16515, 3212), yOff);
+            const __m256i out = _mm256_or_si256(_mm256_or_si256(G::bits(cb, 0), G::bits(y0, 8)),
+                                                _mm256_or_si256(G::bits(cr, 16), G::bits(y1, 24)));
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 2 * i), out);
+            pcb = _mm256_extract_epi32(ocb, 7);
+            pcr = _mm256_extract_epi32(ocr, 7);
+        }
+    }
+    for (; i + 1 < width; i += 2) {
         const Px a = mapped(i), b = mapped(i + 1);
-        const int ecb = a[0] * -2426 + a[1] * -4769 + a[2] * 7193, ecr = a[0] * 7193 + a[1] * -6030 + a[2] * -1164;
-        const int ocb = b[0] * -1213 + b[1] * -2385 + b[2] * 3596, ocr = b[0] * 3596 + b[1] * -3015 + b[2] * -582;
+        const int ocb = G::oddCb(b), ocr = G::oddCr(b);
         uint8_t* q = d + 2 * i;
-        q[0] = uint8_t((ecb + ocb + pcb + 4210687) >> 15);
-        q[1] = uint8_t((a[0] * 8422 + a[1] * 16515 + a[2] * 3212 + 0x84000) >> 15);
-        q[2] = uint8_t((ecr + ocr + pcr + 4210687) >> 15);
-        q[3] = uint8_t((b[0] * 8422 + b[1] * 16515 + b[2] * 3212 + 0x84000) >> 15);
+        q[0] = G::chroma(G::evenCb(a), ocb, pcb);
+        q[1] = G::luma(a);
+        q[2] = G::chroma(G::evenCr(a), ocr, pcr);
+        q[3] = G::luma(b);
         pcb = ocb;
         pcr = ocr;
     }

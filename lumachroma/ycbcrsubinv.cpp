@@ -10,6 +10,7 @@
 // All run on the caller's thread.
 #include <immintrin.h>
 
+#include <array>
 #include <cstdint>
 
 #include "frame/checks.h"
@@ -43,6 +44,8 @@ struct FormIT {
 // and chroma (128 x * w) >> 16, the offsets and the rounding inside one
 // constant a channel.
 struct FormID {
+    static constexpr int kShift = 3;
+    static constexpr bool kAddG = false;
     static Px scalar(int y, int cb, int cr)
     {
         const int a = hiS(y * 128, 4769);
@@ -58,6 +61,14 @@ struct FormID {
         return {sra<3>(sub(_mm256_add_epi16(a, hiS(cr, 6537)), 1779)), sra<3>(_mm256_sub_epi16(a, g)),
                 sra<3>(sub(_mm256_add_epi16(a, hiS(cb, 8263)), 2211))};
     }
+    // The same split into a luma term and chroma terms (see ycbcrsub.h).
+    static V lumaTerm(V y) { return hiS(shl<7>(y), 4769); }
+    static V3 chromaTerms(V cb, V cr)
+    {
+        const V cb7 = shl<7>(cb), cr7 = shl<7>(cr);
+        return {sub(hiS(cr7, 6537), 1779), sub(_mm256_add_epi16(hiS(cb7, 1605), hiS(cr7, 3330)), 1089),
+                sub(hiS(cb7, 8263), 2211)};
+    }
 };
 
 // BT.709 block forms: 13 fraction bits and 4 guard bits on 128 Cb' and
@@ -65,6 +76,8 @@ struct FormID {
 // with the rounding term Rnd in the luma term.
 template <bool FullY, int Wy, int Wrv, int Wgu, int Wgv, int Wbu, int Rnd>
 struct Form709 {
+    static constexpr int kShift = 4;
+    static constexpr bool kAddG = false;
     static Px scalar(int y, int cb, int cr)
     {
         const int a = (FullY ? 16 * y : hiS((y - 16) * 128, Wy)) + Rnd;
@@ -80,6 +93,12 @@ struct Form709 {
                 sra<4>(_mm256_sub_epi16(_mm256_sub_epi16(a, hiS(cb128, Wgu)), hiS(cr128, Wgv))),
                 sra<4>(_mm256_add_epi16(a, hiS(cb128, Wbu)))};
     }
+    static V lumaTerm(V y) { return add(FullY ? shl<4>(y) : hiS(shl<7>(sub(y, 16)), Wy), Rnd); }
+    static V3 chromaTerms(V cb, V cr)
+    {
+        const V cb128 = shl<7>(sub(cb, 128)), cr128 = shl<7>(sub(cr, 128));
+        return {hiS(cr128, Wrv), _mm256_add_epi16(hiS(cb128, Wgu), hiS(cr128, Wgv)), hiS(cb128, Wbu)};
+    }
 };
 template <int Rnd>
 using Form709Studio = Form709<false, 9535, 14688, 1745, 4375, 17326, Rnd>;
@@ -94,25 +113,28 @@ using Form709FullScalar = Inverse32<kInv709Full, 32768, 32768, 32768>;
 // ---------------------------------------------------------------------------
 // Rows.
 
-// 4:2:0: the block form IB on blocks of 32, then IB0 (no rounding term) on
-// the next 16 pixels when the width has them, the scalar form after.
+// 4:2:0, two luma rows on one chroma row: the block form IB on blocks of
+// 32, then IB0 (no rounding term) on the next 16 pixels when the width has
+// them, the scalar form after.
 template <class In, class Out>
-void row420(const In& in, const Out& out, int width)
+void row420(const std::array<In, 2>& in, const std::array<Out, 2>& out, int width)
 {
     const int a = width & ~31, b = a + (width & 16);
-    blockSpan<FormIB>(in, out, 0, a);
-    blockSpan<FormIB0>(in, out, a, b);
-    tailSpan<FormIQ>(in, out, b, width);
+    const int i = splitBlocks<SplitIB<4>>(in, out, a);
+    for (int k = 0; k < 2; ++k) {
+        blockSpan<FormIB>(in[k], out[k], i, a);
+        blockSpan<FormIB0>(in[k], out[k], a, b);
+        tailSpan<FormIQ>(in[k], out[k], b, width);
+    }
 }
 
-// Two luma rows per chroma row; a last odd row or column stays unwritten.
-template <class Row>
-OrvStatus rowPairs(RoiSize roi, const Row& row)
+// Two luma rows per chroma row (rows 2p and 2p + 1 on chroma row p); a last
+// odd row or column stays unwritten.
+template <class RowPair>
+OrvStatus rowPairs(RoiSize roi, const RowPair& rowPair)
 {
-    for (int p = 0; p < roi.height / 2; ++p) {
-        row(2 * p, p);
-        row(2 * p + 1, p);
-    }
+    for (int p = 0; p < roi.height / 2; ++p)
+        rowPair(p);
     return ((roi.width | roi.height) & 1) ? orvStatusOddSize : orvStatusOk;
 }
 
@@ -137,7 +159,7 @@ void packedRows(const Orv8u* src, int srcStep, RoiSize roi, const Out& out, cons
 {
     for (int y = 0; y < roi.height; ++y) {
         const uint8_t* s = rowAt(src, srcStep, y);
-        convertRow<K>(PackedPairsIn<O>{s}, out(y), roi.width & ~1);
+        convertSubRows<K>(std::array{PackedPairsIn<O>{s}}, std::array{out(y)}, roi.width & ~1);
         if (roi.width & 1) {
             const Px p = lonePixel<O, OwnForBoth>(s, roi.width);
             loneOut(y).put(roi.width - 1, T::scalar(p[0], p[1], p[2]), false);
@@ -181,7 +203,7 @@ OrvStatus checkFromSemiPlanar(const void* y, const void* uv, const void* dst, Ro
 // ---------------------------------------------------------------------------
 // Front bodies shared by the members of one shape.
 
-using Kernel422 = Kernel<FormIB, FormIS, Blocks<16>>;
+using Kernel422 = Kernel<SplitIB<4>, FormIS, Blocks<16>>;
 
 // Packed 4:2:2 to three channels.
 template <Order422 O, bool Bgr>
@@ -229,8 +251,8 @@ OrvStatus planes422ToC3(const Orv8u* const src[3], const int srcStep[3], Orv8u* 
     for (int y = 0; y < roi.height; ++y) {
         const PlanarSubIn<2> in{rowAt(src[0], srcStep[0], y), rowAt(src[1], srcStep[1], y), rowAt(src[2], srcStep[2], y),
                                 roi.width / 2 - 1};
-        convertRow<Kernel<FormIB, FormIT, Blocks<16>>>(in, PackedOut<3, Bgr, Alpha::None>{rowAt(dst, dstStep, y)},
-                                                       roi.width);
+        convertSubRows<Kernel<SplitIB<4>, FormIT, Blocks<16>>>(
+            std::array{in}, std::array{PackedOut<3, Bgr, Alpha::None>{rowAt(dst, dstStep, y)}}, roi.width);
     }
     return orvStatusOk;
 }
@@ -241,10 +263,13 @@ OrvStatus planes420(const Orv8u* const src[3], const int srcStep[3], Orv8u* dst,
                     Orv8u alpha, const Row& row)
 {
     const int cb = CrFirst ? 2 : 1, cr = CrFirst ? 1 : 2;
-    return rowPairs(roi, [&](int y, int p) {
-        const PlanarSubIn<2> in{rowAt(src[0], srcStep[0], y), rowAt(src[cb], srcStep[cb], p),
-                                rowAt(src[cr], srcStep[cr], p), roi.width};
-        row(in, PackedOut<Ch, Bgr, A>{rowAt(dst, dstStep, y), alpha}, roi.width & ~1);
+    return rowPairs(roi, [&](int p) {
+        auto in = [&](int y) {
+            return PlanarSubIn<2>{rowAt(src[0], srcStep[0], y), rowAt(src[cb], srcStep[cb], p),
+                                  rowAt(src[cr], srcStep[cr], p), roi.width};
+        };
+        auto out = [&](int y) { return PackedOut<Ch, Bgr, A>{rowAt(dst, dstStep, y), alpha}; };
+        row(std::array{in(2 * p), in(2 * p + 1)}, std::array{out(2 * p), out(2 * p + 1)}, roi.width & ~1);
     });
 }
 
@@ -254,9 +279,10 @@ OrvStatus semiPlanar420(const Orv8u* srcY, int srcYStep, const Orv8u* srcUV, int
 {
     if (OrvStatus st = checkFromSemiPlanar(srcY, srcUV, dst, roi, sizesFirst))
         return st;
-    return rowPairs(roi, [&](int y, int p) {
-        const SemiPlanarIn<CbFirst> in{rowAt(srcY, srcYStep, y), rowAt(srcUV, srcUVStep, p)};
-        row420(in, PackedOut<Ch, Bgr, A>{rowAt(dst, dstStep, y), alpha}, roi.width & ~1);
+    return rowPairs(roi, [&](int p) {
+        auto in = [&](int y) { return SemiPlanarIn<CbFirst>{rowAt(srcY, srcYStep, y), rowAt(srcUV, srcUVStep, p)}; };
+        auto out = [&](int y) { return PackedOut<Ch, Bgr, A>{rowAt(dst, dstStep, y), alpha}; };
+        row420(std::array{in(2 * p), in(2 * p + 1)}, std::array{out(2 * p), out(2 * p + 1)}, roi.width & ~1);
     });
 }
 
@@ -278,20 +304,69 @@ OrvStatus planes411(const Orv8u* const src[3], const int srcStep[3], Orv8u* dst,
 // The filtered member: in each pair the even pixel takes the chroma sample,
 // the odd pixel the rounded mean of it and the next one (the last pair of a
 // row its own), then 12 fraction bits with no rounding term.
-void filteredRow(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* d, int width, uint8_t alpha)
-{
-    const int pairs = width / 2;
-    for (int i = 0; i < 2 * pairs; ++i) {
-        const int k = i / 2;
-        const bool interpolate = (i & 1) && k + 1 < pairs;
-        const int u = (interpolate ? (cb[k] + cb[k + 1] + 1) >> 1 : cb[k]) - 128;
-        const int v = (interpolate ? (cr[k] + cr[k + 1] + 1) >> 1 : cr[k]) - 128;
-        const int l = 4769 * (y[i] - 16);
-        uint8_t* q = d + 4 * i;
+struct Filtered {
+    static int mean(const uint8_t* c, int k, bool interpolate) { return interpolate ? (c[k] + c[k + 1] + 1) >> 1 : c[k]; }
+    static void pixel(uint8_t* q, int y, int u, int v, uint8_t alpha)
+    {
+        const int l = 4769 * (y - 16);
         q[0] = chop((l + 8263 * u) >> 12);
         q[1] = chop((l - 1605 * u - 3330 * v) >> 12);
         q[2] = chop((l + 6537 * v) >> 12);
         q[3] = alpha;
+    }
+
+    // Chroma of 16 pixels less 128 in 16-bit lanes: samples k .. k + 7,
+    // each followed by its mean with the next (a byte average rounds up
+    // like the scalar mean).
+    static V chroma16(const uint8_t* c)
+    {
+        const __m128i here = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(c));
+        const __m128i next = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(c + 1));
+        return sub(_mm256_cvtepu8_epi16(_mm_unpacklo_epi8(here, _mm_avg_epu8(here, next))), 128);
+    }
+    // 16 pixels: the sums as 32-bit multiply-adds of (Y - 16, u) and
+    // (Y - 16, v), >> 12, narrowed with saturation (the clamp to 0 .. 255).
+    static void block16(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* d, uint8_t alpha)
+    {
+        const V yy = sub(_mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(y))), 16);
+        const V u = chroma16(cb), v = chroma16(cr);
+        auto pair = [](int a, int b) { return _mm256_set1_epi32(int32_t(uint32_t(uint16_t(a)) | (uint32_t(uint16_t(b)) << 16))); };
+        auto half = [&](V yu, V yv, __m256i (&bgr)[3]) {
+            bgr[0] = _mm256_srai_epi32(_mm256_madd_epi16(yu, pair(4769, 8263)), 12);
+            bgr[1] = _mm256_srai_epi32(
+                _mm256_add_epi32(_mm256_madd_epi16(yu, pair(4769, -1605)), _mm256_madd_epi16(yv, pair(0, -3330))), 12);
+            bgr[2] = _mm256_srai_epi32(_mm256_madd_epi16(yv, pair(4769, 6537)), 12);
+        };
+        // lo: pixels 0-3 | 8-11, hi: 4-7 | 12-15, as 32-bit lanes.
+        __m256i lo[3], hi[3];
+        half(_mm256_unpacklo_epi16(yy, u), _mm256_unpacklo_epi16(yy, v), lo);
+        half(_mm256_unpackhi_epi16(yy, u), _mm256_unpackhi_epi16(yy, v), hi);
+        const V b = _mm256_packs_epi32(lo[0], hi[0]), g = _mm256_packs_epi32(lo[1], hi[1]);
+        const V r = _mm256_packs_epi32(lo[2], hi[2]);
+        // Per lane: B 0-7, G 0-7 and R 0-7, alpha; then B G pairs and R A
+        // pairs, and the four bytes of each pixel.
+        static constexpr std::array<int8_t, 16> kPairUp = {0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15};
+        const __m256i bg = _mm256_shuffle_epi8(_mm256_packus_epi16(b, g), mask256(kPairUp));
+        const __m256i ra = _mm256_shuffle_epi8(_mm256_packus_epi16(r, k16(alpha)), mask256(kPairUp));
+        const __m256i p0 = _mm256_unpacklo_epi16(bg, ra), p1 = _mm256_unpackhi_epi16(bg, ra);
+        storeu32(d, _mm256_permute2x128_si256(p0, p1, 0x20));
+        storeu32(d + 32, _mm256_permute2x128_si256(p0, p1, 0x31));
+    }
+};
+
+void filteredRow(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* d, int width, uint8_t alpha)
+{
+    const int pairs = width / 2;
+    int i = 0;
+    // Vectors of 16 pixels while the next sample after them lies in the row.
+    if (!g_scalarBlocks)
+        for (; i + 18 <= 2 * pairs; i += 16)
+            Filtered::block16(y + i, cb + i / 2, cr + i / 2, d + 4 * i, alpha);
+    for (; i < 2 * pairs; ++i) {
+        const int k = i / 2;
+        const bool interpolate = (i & 1) && k + 1 < pairs;
+        Filtered::pixel(d + 4 * i, y[i], Filtered::mean(cb, k, interpolate) - 128, Filtered::mean(cr, k, interpolate) - 128,
+                        alpha);
     }
 }
 
@@ -349,7 +424,7 @@ ORV_FRONT(orviCbYCr422ToBGR_8u_C2C4R)(const Orv8u* pSrc, int srcStep, Orv8u* pDs
         return st;
     // This member writes `alpha` into the lone pixel's fourth byte too.
     const PackedRowsAt<4, true, Alpha::Value> out{pDst, dstStep, alpha};
-    packedRows<Kernel<FormIC, FormIS, Blocks<8>>, FormIS, kOrderCbYCr, false>(pSrc, srcStep, roiSize, out, out);
+    packedRows<Kernel<SplitIC, FormIS, Blocks<8>>, FormIS, kOrderCbYCr, false>(pSrc, srcStep, roiSize, out, out);
     return orvStatusOk;
 }
 
@@ -378,7 +453,7 @@ ORV_FRONT(orviYCbCr422ToBGR_8u_P3C3R)(const Orv8u* const pSrc[3], const int srcS
 namespace {
 constexpr auto kRow420 = [](const auto& in, const auto& out, int width) { h9::row420(in, out, width); };
 template <class K>
-constexpr auto kRowOf = [](const auto& in, const auto& out, int width) { h9::px8::convertRow<K>(in, out, width); };
+constexpr auto kRowOf = [](const auto& in, const auto& out, int width) { h9::ycs::convertSubRows<K>(in, out, width); };
 }  // namespace
 
 ORV_FRONT(orviYCbCr420ToRGB_8u_P3C3R)(const Orv8u* const pSrc[3], const int srcStep[3], Orv8u* pDst, int dstStep,
@@ -401,7 +476,7 @@ ORV_FRONT(orviYCrCb420ToRGB_8u_P3C4R)(const Orv8u* const pSrc[3], const int srcS
     if (OrvStatus st = checkFromPlanes(pSrc, srcStep, pDst, roiSize))
         return st;
     return planes420<true, 4, false, Alpha::Value>(pSrc, srcStep, pDst, dstStep, roiSize, alpha,
-                                                   kRowOf<Kernel<FormIC, FormIQ, Blocks<8>>>);
+                                                   kRowOf<Kernel<SplitIC, FormIQ, Blocks<8>>>);
 }
 ORV_FRONT(orviYCbCr420ToBGR_8u_P3C4R)(const Orv8u* const pSrc[3], const int srcStep[3], Orv8u* pDst, int dstStep,
                                       RoiSize roiSize, Orv8u alpha)
@@ -416,9 +491,10 @@ ORV_FRONT(orviYCrCb420ToBGR_Filter_8u_P3C4R)(const Orv8u* const pSrc[3], const i
 {
     if (OrvStatus st = checkFromPlanes(pSrc, srcStep, pDst, roiSize))
         return st;
-    return rowPairs(roiSize, [&](int y, int p) {
-        filteredRow(rowAt(pSrc[0], srcStep[0], y), rowAt(pSrc[2], srcStep[2], p), rowAt(pSrc[1], srcStep[1], p),
-                    rowAt(pDst, dstStep, y), roiSize.width, alpha);
+    return rowPairs(roiSize, [&](int p) {
+        for (int y = 2 * p; y < 2 * p + 2; ++y)
+            filteredRow(rowAt(pSrc[0], srcStep[0], y), rowAt(pSrc[2], srcStep[2], p), rowAt(pSrc[1], srcStep[1], p),
+                        rowAt(pDst, dstStep, y), roiSize.width, alpha);
     });
 }
 

@@ -61,8 +61,6 @@ void registerBilinear(const std::string& name, Frame f, int elemBytes, int threa
 void registerQuality(const std::string& name, Frame f, int elemBytes, bool ahd)
 {
     for (bool scalar : {false, true}) {
-        if (ahd && !scalar)
-            continue;  // AHD has one form
         benchmark::RegisterBenchmark(
             (name + (scalar ? "/scalar" : "/vector")).c_str(),
             [=](benchmark::State& state) {

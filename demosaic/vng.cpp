@@ -20,6 +20,7 @@
 #include <type_traits>
 
 #include "demosaic/mosaic.h"
+#include "demosaic/quotient.h"
 #include "frame/driver.h"
 #include "frame/fronts.h"
 #include "frame/primitives/primitives.h"
@@ -30,6 +31,9 @@ namespace {
 // ---- lane operations: scalar ----------------------------------------------
 // Masks are -1 (true) or 0.
 
+using h9::roundEven;
+using h9::roundedQuotient;
+
 inline int32_t absDiff(int32_t a, int32_t b) { return a > b ? a - b : b - a; }
 inline int32_t twice(int32_t a) { return a << 1; }
 inline int32_t half(int32_t a) { return a >> 1; }
@@ -39,14 +43,6 @@ inline int32_t keep(int32_t m, int32_t a) { return m & a; }
 inline int32_t lanesMin(int32_t a, int32_t b) { return a < b ? a : b; }
 inline int32_t lanesMax(int32_t a, int32_t b) { return a > b ? a : b; }
 
-// Rounding to the nearest integer, ties to even, whatever the thread's mode.
-inline float roundEven(float x) { return _mm_cvtss_f32(_mm_round_ss(_mm_setzero_ps(), _mm_set_ss(x), _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC)); }
-
-// (diff / twoN) in single precision, rounded to an integer.
-inline int32_t roundedQuotient(int32_t diff, int32_t twoN)
-{
-    return int32_t(roundEven(float(diff) / float(twoN)));
-}
 // Clamp to [0, hi]; a NaN becomes 0, as the vector max instruction does it.
 inline float clampF(float x, float hi)
 {
@@ -90,8 +86,8 @@ inline Lanes8 applyGain(Lanes8 v, float gain, float hi)
 
 // ---- lane operations: sixteen 16-bit AVX2 lanes, for 8u ------------------
 // Gradients, sums and their differences stay below 2^12 for 8u, so 16-bit
-// lanes hold them exactly; the quotient and the gains go through two halves
-// of eight 32-bit lanes.
+// lanes hold them exactly; the quotient is exact in integers, and the gains
+// go through two halves of eight 32-bit lanes.
 
 struct Lanes16 {
     __m256i v;
@@ -111,10 +107,7 @@ inline Lanes8 lowHalf(Lanes16 a) { return {_mm256_cvtepi16_epi32(_mm256_castsi25
 inline Lanes8 highHalf(Lanes16 a) { return {_mm256_cvtepi16_epi32(_mm256_extracti128_si256(a.v, 1))}; }
 inline Lanes16 join(Lanes8 lo, Lanes8 hi) { return {_mm256_permute4x64_epi64(_mm256_packs_epi32(lo.v, hi.v), 0xd8)}; }
 
-inline Lanes16 roundedQuotient(Lanes16 diff, Lanes16 twoN)
-{
-    return join(roundedQuotient(lowHalf(diff), lowHalf(twoN)), roundedQuotient(highHalf(diff), highHalf(twoN)));
-}
+inline Lanes16 roundedQuotient(Lanes16 diff, Lanes16 twoN) { return {roundedQuotientEpi16(diff.v, twoN.v)}; }
 inline Lanes16 clampI(Lanes16 x, int32_t hi)
 {
     return {_mm256_min_epi16(_mm256_max_epi16(x.v, _mm256_setzero_si256()), _mm256_set1_epi16(int16_t(hi)))};

@@ -127,9 +127,19 @@ inline void splat(Lanes16& x, int32_t k) { x = {_mm256_set1_epi16(int16_t(k))}; 
 // columns right). `green` marks green sites; `redRow` says whether the row
 // holds red sites.
 template <class V, class At>
-void vngPixel(At at, V green, bool redRow, int32_t hi, const float* gains, V& b, V& g, V& r)
+void vngPixel(At load, V green, bool redRow, int32_t hi, const float* gains, V& b, V& g, V& r)
 {
-    auto d = [&](int i0, int j0, int i1, int j1) { return absDiff(at(i0, j0), at(i1, j1)); };
+    // The 5x5 neighbourhood, each sample loaded and widened once.
+    V nb[5][5];
+    for (int i = 0; i < 5; ++i)
+        for (int j = 0; j < 5; ++j)
+            nb[i][j] = load(i - 2, j - 2);
+    auto at = [&](int i, int j) { return nb[i + 2][j + 2]; };
+    // A pair is taken in one order whichever way it is written, so that the
+    // pairs shared by two directions are computed once.
+    auto d = [&](int i0, int j0, int i1, int j1) {
+        return i0 < i1 || (i0 == i1 && j0 < j1) ? absDiff(at(i0, j0), at(i1, j1)) : absDiff(at(i1, j1), at(i0, j0));
+    };
     const V p = at(0, 0);
 
     // Gradients, the weights doubled to whole numbers.
@@ -290,8 +300,9 @@ inline void storeLanes(uint16_t* d, Lanes8 b, Lanes8 g, Lanes8 r)
 }
 
 // Interior row `r`, columns [x0, x0 + width), into `d` (four elements a
-// pixel). The vector path takes whole registers of pixels from x0 on, the
-// scalar form the rest.
+// pixel). The vector path takes whole registers of pixels from x0 on and a
+// last register that overlaps them; the scalar form takes rows narrower than
+// a register.
 template <class T>
 void vngRow(const T* src, int srcStep, const Grid& grid, int r, int x0, int width, const float* gains, T* d)
 {
@@ -299,16 +310,22 @@ void vngRow(const T* src, int srcStep, const Grid& grid, int r, int x0, int widt
     const bool redRow = grid.redRowAt(r);
     using L = VngLanes<T>;
     const int nv = g_scalarBlocks ? 0 : width / L::kCount * L::kCount;
-    if (nv > 0) {
-        // Even lanes have the site class of x0.
-        const typename L::V green = L::greenMask(!grid.colourSiteAt(r, x0));
-        for (int i = 0; i < nv; i += L::kCount) {
-            const int c = x0 + i;
-            auto at = [&](int di, int dj) { return L::load(rowAt(src, srcStep, r + di) + c + dj); };
-            typename L::V b, g, rr;
-            vngPixel(at, green, redRow, hi, gains, b, g, rr);
-            storeLanes(d + 4 * i, b, g, rr);
-        }
+    auto block = [&](int i) {
+        const int c = x0 + i;
+        // Even lanes have the site class of column c.
+        const typename L::V green = L::greenMask(!grid.colourSiteAt(r, c));
+        auto at = [&](int di, int dj) { return L::load(rowAt(src, srcStep, r + di) + c + dj); };
+        typename L::V b, g, rr;
+        vngPixel(at, green, redRow, hi, gains, b, g, rr);
+        storeLanes(d + 4 * i, b, g, rr);
+    };
+    for (int i = 0; i < nv; i += L::kCount)
+        block(i);
+    if (nv > 0 && nv < width) {
+        // The last pixels as one more register ending at the row's end; it
+        // recomputes some pixels of the previous one, to the same values.
+        block(width - L::kCount);
+        return;
     }
     for (int i = nv; i < width; ++i) {
         const int c = x0 + i;

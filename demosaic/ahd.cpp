@@ -12,6 +12,11 @@
 // Rows stream through rings in the caller's work buffer: green 5 rows per
 // candidate, red and blue 4 rows per candidate, the homogeneity map 4 rows,
 // each row max(width, 6) + 8 elements of the call's type.
+//
+// The interior rectangle reads no mirrored sample, so its stages run on
+// eight pixels a register: each stage of a row takes whole registers from
+// the first column it computes and leaves the rest to the scalar form. The
+// strips stay scalar.
 #include <immintrin.h>
 
 #include <algorithm>
@@ -257,15 +262,15 @@ struct Ahd {
             return c0;
         Rows up[2], mid[2], down[2];
         Y prev[2];  // the previous run of pixels; only its last lane is read
-        const __m256i first = _mm256_setzero_si256();
+        const __m256i lane0 = _mm256_setzero_si256();
         for (int v = 0; v < 2; ++v) {
             up[v] = {redRing(v, r - 1).p, greenRing(v, r - 1).p, blueRing(v, r - 1).p};
             mid[v] = {redRing(v, r).p, greenRing(v, r).p, blueRing(v, r).p};
             down[v] = {redRing(v, r + 1).p, greenRing(v, r + 1).p, blueRing(v, r + 1).p};
-            // Column c0 - 1 moved to the last lane.
+            // Column c0 - 1 (lane 0 of a run from there) in every lane.
             const Y l = mid[v].at(c0 - 1);
-            prev[v] = {_mm256_permutevar8x32_epi32(l.y, first), _mm256_permutevar8x32_epi32(l.cb, first),
-                       _mm256_permutevar8x32_epi32(l.cr, first)};
+            prev[v] = {_mm256_permutevar8x32_epi32(l.y, lane0), _mm256_permutevar8x32_epi32(l.cb, lane0),
+                       _mm256_permutevar8x32_epi32(l.cr, lane0)};
         }
         uint8_t* out = mapRing(r).p;
         int c = c0;

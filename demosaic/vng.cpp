@@ -63,7 +63,7 @@ inline Lanes8 absDiff(Lanes8 a, Lanes8 b) { return {_mm256_abs_epi32(_mm256_sub_
 inline Lanes8 twice(Lanes8 a) { return {_mm256_slli_epi32(a.v, 1)}; }
 inline Lanes8 half(Lanes8 a) { return {_mm256_srai_epi32(a.v, 1)}; }
 inline Lanes8 below(Lanes8 a, Lanes8 b) { return {_mm256_cmpgt_epi32(b.v, a.v)}; }
-inline __m256i pickBits(__m256i m, __m256i a, __m256i b) { return _mm256_or_si256(_mm256_and_si256(m, a), _mm256_andnot_si256(m, b)); }
+inline __m256i pickBits(__m256i m, __m256i a, __m256i b) { return _mm256_blendv_epi8(b, a, m); }
 inline Lanes8 pick(Lanes8 m, Lanes8 a, Lanes8 b) { return {pickBits(m.v, a.v, b.v)}; }
 inline Lanes8 keep(Lanes8 m, Lanes8 a) { return {_mm256_and_si256(m.v, a.v)}; }
 inline Lanes8 lanesMin(Lanes8 a, Lanes8 b) { return {_mm256_min_epi32(a.v, b.v)}; }

@@ -5,6 +5,7 @@
 // and pre-interpolation it needs run with the clock paused).
 #include <omp.h>
 
+#include <cstring>
 #include <memory>
 
 #include "bench_util.h"
@@ -57,12 +58,35 @@ void registerBilinear(const std::string& name, Frame f, int elemBytes, int threa
     }
 }
 
+// The memory bound of the bilinear conversion: a copy of a buffer of the
+// destination's size into the destination, cut into the same number of
+// bands, reported in pixels of the frame. It moves at least the bytes the
+// conversion moves (it reads three times as much), so its scaling from one
+// to all threads bounds the conversion's where both are limited by memory.
+void registerMemcpy(const std::string& name, Frame f, int elemBytes, int threads)
+{
+    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+        const std::size_t row = std::size_t(f.width) * elemBytes * 3;
+        Buffer src(row * f.height, 1);
+        Buffer dst(row * f.height, 2);
+        const int n = threads == 1 ? 1 : omp_get_num_procs();
+        for (auto _ : state) {
+#pragma omp parallel num_threads(n)
+            {
+                const int k = omp_get_num_threads(), t = omp_get_thread_num();
+                const int first = t * (f.height / k), rows = t == k - 1 ? f.height - first : f.height / k;
+                std::memcpy(dst.data() + first * row, src.data() + first * row, rows * row);
+            }
+            benchmark::ClobberMemory();
+        }
+        reportPixels(state, 1LL * f.width * f.height);
+    })->Unit(benchmark::kMillisecond)->UseRealTime();
+}
+
 // VNG and AHD, one thread (neither opens a parallel region).
 void registerQuality(const std::string& name, Frame f, int elemBytes, bool ahd)
 {
     for (bool scalar : {false, true}) {
-        if (ahd && !scalar)
-            continue;  // AHD has one form
         benchmark::RegisterBenchmark(
             (name + (scalar ? "/scalar" : "/vector")).c_str(),
             [=](benchmark::State& state) {
@@ -162,6 +186,7 @@ void registerBayer()
             const std::string t = "/" + f.name() + (threads == 1 ? "/1thread" : "/allthreads");
             registerBilinear("CFAToRGB_8u_C1C3R" + t, f, 1, threads);
             registerBilinear("CFAToRGB_16u_C1C3R" + t, f, 2, threads);
+            registerMemcpy("CFAToRGB_8u_C1C3R" + t + "/memcpy", f, 1, threads);
 #ifdef ORVCC_HAVE_OPENCV
             const int cvThreads = threads == 1 ? 1 : -1;
             registerOpenCv("CFAToRGB_8u_C1C3R" + t + "/opencv", f, CV_8U, cv::COLOR_BayerBG2RGB, cvThreads);

@@ -12,6 +12,13 @@
 // Rows stream through rings in the caller's work buffer: green 5 rows per
 // candidate, red and blue 4 rows per candidate, the homogeneity map 4 rows,
 // each row max(width, 6) + 8 elements of the call's type.
+//
+// The interior rectangle reads no mirrored sample, so its stages run on
+// eight pixels a register: each stage of a row takes whole registers from
+// the first column it computes and leaves the rest to the scalar form. The
+// strips stay scalar.
+#include <immintrin.h>
+
 #include <algorithm>
 #include <cstring>
 #include <type_traits>
@@ -62,6 +69,71 @@ inline int32_t chromaDist(const Ycc& a, const Ycc& b)
     return int32_t(dcb * dcb + dcr * dcr);
 }
 
+// Eight pixels in 32-bit lanes, for the interior rectangle, which never
+// reaches a mirrored sample. The arithmetic is that of the scalar stages,
+// lane by lane; both site classes are computed and one picked per lane.
+template <class T>
+struct AhdLanes {
+    // Eight elements of T, zero- or sign-extended.
+    static __m256i load(const uint8_t* p)
+    {
+        if constexpr (sizeof(T) == 1)
+            return _mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)));
+        else
+            return _mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
+    }
+    static __m256i loadSigned(const uint8_t* p)
+    {
+        if constexpr (sizeof(T) == 1)
+            return _mm256_cvtepi8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)));
+        else
+            return _mm256_cvtepi16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
+    }
+    // Values already in the element's range (unsigned, or -4..4 for the map).
+    static void store(uint8_t* p, __m256i v)
+    {
+        const __m128i w = _mm_packs_epi32(_mm256_castsi256_si128(v), _mm256_extracti128_si256(v, 1));
+        if constexpr (sizeof(T) == 1)
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packus_epi16(w, w));
+        else
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(p),
+                             _mm_packus_epi32(_mm256_castsi256_si128(v), _mm256_extracti128_si256(v, 1)));
+    }
+    static void storeSigned(uint8_t* p, __m256i v)
+    {
+        const __m128i w = _mm_packs_epi32(_mm256_castsi256_si128(v), _mm256_extracti128_si256(v, 1));
+        if constexpr (sizeof(T) == 1)
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packs_epi16(w, w));
+        else
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(p), w);
+    }
+    static __m256i clamp(__m256i v, __m256i lo, __m256i hi) { return _mm256_max_epi32(lo, _mm256_min_epi32(v, hi)); }
+    // Lanes [p7, a0 .. a6] and [a1 .. a7, n0]: a run of pixels moved by one.
+    static __m256i fromLeft(__m256i p, __m256i a) { return _mm256_alignr_epi8(a, _mm256_permute2x128_si256(p, a, 0x21), 12); }
+    static __m256i fromLeft2(__m256i p, __m256i a) { return _mm256_alignr_epi8(a, _mm256_permute2x128_si256(p, a, 0x21), 8); }
+    static __m256i fromLeft4(__m256i p, __m256i a) { return _mm256_permute2x128_si256(p, a, 0x21); }
+
+    struct Ycc {
+        __m256i y, cb, cr;
+    };
+    static Ycc toYcc(__m256i r, __m256i g, __m256i b)
+    {
+        auto dot = [&](int kr, int kg, int kb) {
+            const __m256i s = _mm256_add_epi32(_mm256_add_epi32(_mm256_mullo_epi32(r, _mm256_set1_epi32(kr)),
+                                                                _mm256_mullo_epi32(g, _mm256_set1_epi32(kg))),
+                                               _mm256_mullo_epi32(b, _mm256_set1_epi32(kb)));
+            return _mm256_srai_epi32(_mm256_add_epi32(s, _mm256_set1_epi32(128)), 8);
+        };
+        return {dot(66, 129, 25), dot(-38, -74, 112), dot(112, -94, -18)};
+    }
+    // Sum of squared chroma differences, wrapping as the scalar form does.
+    static __m256i chromaDist(const Ycc& a, const Ycc& b)
+    {
+        const __m256i dcb = _mm256_sub_epi32(a.cb, b.cb), dcr = _mm256_sub_epi32(a.cr, b.cr);
+        return _mm256_add_epi32(_mm256_mullo_epi32(dcb, dcb), _mm256_mullo_epi32(dcr, dcr));
+    }
+};
+
 // One call: the mosaic, the clipped rectangle and the ring rows.
 template <class T>
 struct Ahd {
@@ -80,6 +152,7 @@ struct Ahd {
     uint8_t* tmp;
     int tmpStep;
     int cx = 0;  // first column of the current item; ring element 0 is column cx - 4
+    bool vec = false;  // the current item takes whole registers of pixels from its first column
 
     // A row of the virtual mosaic, read at any column.
     struct SrcRow {
@@ -107,12 +180,177 @@ struct Ahd {
     RingRow<T> blueRing(int v, int r) const { return ring(v ? kBlueV : kBlueH, 4, r); }
     RingRow<Map> mapRing(int r) const { return {ring(kMap, 4, r).p}; }
 
+    // ---- the interior's vector path: whole registers of pixels from c0 on;
+    // each returns the first column it left to the scalar form.
+    using L = AhdLanes<T>;
+    static constexpr int kLanes = 8;
+    const uint8_t* plainRow(int r) const { return src + std::ptrdiff_t(r) * srcStep; }
+    static const uint8_t* at(const uint8_t* row, int c) { return row + std::ptrdiff_t(c) * std::ptrdiff_t(sizeof(T)); }
+    static uint8_t* at(uint8_t* row, int c) { return row + std::ptrdiff_t(c) * std::ptrdiff_t(sizeof(T)); }
+    // All lanes of the colour sites of row r, for a run starting at column c0.
+    __m256i colourLanes(int r, int c0) const
+    {
+        const __m256i odd = _mm256_setr_epi32(0, -1, 0, -1, 0, -1, 0, -1);
+        return grid.colourSiteAt(r, c0) ? _mm256_xor_si256(odd, _mm256_set1_epi32(-1)) : odd;
+    }
+
+    int greenRowVec(int r, int c0, int c1) const
+    {
+        const uint8_t *up2 = plainRow(r - 2), *up = plainRow(r - 1), *mid = plainRow(r), *down = plainRow(r + 1),
+                      *down2 = plainRow(r + 2);
+        uint8_t *outH = greenRing(0, r).p, *outV = greenRing(1, r).p;
+        const __m256i colour = colourLanes(r, c0);
+        auto along = [](__m256i s, __m256i a, __m256i b, __m256i l, __m256i e) {
+            const __m256i v = _mm256_add_epi32(_mm256_srai_epi32(_mm256_add_epi32(a, b), 1),
+                                               _mm256_srai_epi32(_mm256_sub_epi32(_mm256_sub_epi32(_mm256_add_epi32(s, s), l), e), 2));
+            return L::clamp(v, _mm256_min_epi32(a, b), _mm256_max_epi32(a, b));
+        };
+        int c = c0;
+        for (; c + kLanes - 1 <= c1; c += kLanes) {
+            const __m256i s = L::load(at(mid, c));
+            const __m256i gh = along(s, L::load(at(mid, c - 1)), L::load(at(mid, c + 1)), L::load(at(mid, c - 2)),
+                                     L::load(at(mid, c + 2)));
+            const __m256i gv = along(s, L::load(at(up, c)), L::load(at(down, c)), L::load(at(up2, c)), L::load(at(down2, c)));
+            L::store(at(outH, c), _mm256_blendv_epi8(s, gh, colour));
+            L::store(at(outV, c), _mm256_blendv_epi8(s, gv, colour));
+        }
+        return c;
+    }
+
+    int redBlueRowVec(int r, int c0, int c1) const
+    {
+        const bool redRow = grid.redRowAt(r);
+        const uint8_t *up = plainRow(r - 1), *mid = plainRow(r), *down = plainRow(r + 1);
+        const __m256i colour = colourLanes(r, c0), zero = _mm256_setzero_si256(), hi = _mm256_set1_epi32(kMax);
+        int c = c0;
+        for (int v = 0; v < 2; ++v) {
+            const uint8_t *gu = greenRing(v, r - 1).p, *gm = greenRing(v, r).p, *gd = greenRing(v, r + 1).p;
+            uint8_t *red = redRing(v, r).p, *blue = blueRing(v, r).p;
+            for (c = c0; c + kLanes - 1 <= c1; c += kLanes) {
+                auto ld = [&](const uint8_t* row, int dc) { return L::load(at(row, c + dc)); };
+                const __m256i g = ld(gm, 0), s = ld(mid, 0);
+                // Green sites.
+                const __m256i ownG = _mm256_add_epi32(
+                    g, _mm256_srai_epi32(_mm256_add_epi32(_mm256_sub_epi32(ld(mid, -1), ld(gm, -1)),
+                                                          _mm256_sub_epi32(ld(mid, 1), ld(gm, 1))),
+                                         1));
+                const __m256i otherG = _mm256_add_epi32(
+                    g, _mm256_srai_epi32(_mm256_add_epi32(_mm256_sub_epi32(ld(up, 0), ld(gu, 0)),
+                                                          _mm256_sub_epi32(ld(down, 0), ld(gd, 0))),
+                                         1));
+                // Red and blue sites.
+                const __m256i xs = _mm256_add_epi32(_mm256_add_epi32(ld(up, -1), ld(up, 1)), _mm256_add_epi32(ld(down, -1), ld(down, 1)));
+                const __m256i ys = _mm256_add_epi32(_mm256_add_epi32(ld(gu, -1), ld(gu, 1)), _mm256_add_epi32(ld(gd, -1), ld(gd, 1)));
+                const __m256i otherC = _mm256_add_epi32(g, _mm256_srai_epi32(_mm256_sub_epi32(xs, ys), 2));
+                const __m256i own = L::clamp(_mm256_blendv_epi8(ownG, s, colour), zero, hi);
+                const __m256i other = L::clamp(_mm256_blendv_epi8(otherG, otherC, colour), zero, hi);
+                L::store(at(red, c), redRow ? own : other);
+                L::store(at(blue, c), redRow ? other : own);
+            }
+        }
+        return c;
+    }
+
+    int mapRowVec(int r, int c0, int c1) const
+    {
+        using Y = typename L::Ycc;
+        struct Rows {
+            const uint8_t *red, *green, *blue;
+            Y at(int c) const { return L::toYcc(L::load(Ahd::at(red, c)), L::load(Ahd::at(green, c)), L::load(Ahd::at(blue, c))); }
+        };
+        if (c0 + kLanes - 1 > c1)
+            return c0;
+        Rows up[2], mid[2], down[2];
+        Y prev[2];  // the previous run of pixels; only its last lane is read
+        const __m256i lane0 = _mm256_setzero_si256();
+        for (int v = 0; v < 2; ++v) {
+            up[v] = {redRing(v, r - 1).p, greenRing(v, r - 1).p, blueRing(v, r - 1).p};
+            mid[v] = {redRing(v, r).p, greenRing(v, r).p, blueRing(v, r).p};
+            down[v] = {redRing(v, r + 1).p, greenRing(v, r + 1).p, blueRing(v, r + 1).p};
+            // Column c0 - 1 (lane 0 of a run from there) in every lane.
+            const Y l = mid[v].at(c0 - 1);
+            prev[v] = {_mm256_permutevar8x32_epi32(l.y, lane0), _mm256_permutevar8x32_epi32(l.cb, lane0),
+                       _mm256_permutevar8x32_epi32(l.cr, lane0)};
+        }
+        uint8_t* out = mapRing(r).p;
+        int c = c0;
+        for (; c + kLanes - 1 <= c1; c += kLanes) {
+            __m256i dy[2][4], dc[2][4];
+            for (int v = 0; v < 2; ++v) {
+                const Y p = mid[v].at(c), right = mid[v].at(c + 1);
+                const Y left = {L::fromLeft(prev[v].y, p.y), L::fromLeft(prev[v].cb, p.cb), L::fromLeft(prev[v].cr, p.cr)};
+                const Y q[4] = {left, right, up[v].at(c), down[v].at(c)};
+                for (int k = 0; k < 4; ++k) {
+                    dy[v][k] = _mm256_abs_epi32(_mm256_sub_epi32(p.y, q[k].y));
+                    dc[v][k] = L::chromaDist(p, q[k]);
+                }
+                prev[v] = p;
+            }
+            const __m256i lumaEps = _mm256_min_epi32(_mm256_max_epi32(dy[0][0], dy[0][1]), _mm256_max_epi32(dy[1][2], dy[1][3]));
+            const __m256i chromaEps = _mm256_min_epi32(_mm256_max_epi32(dc[0][0], dc[0][1]), _mm256_max_epi32(dc[1][2], dc[1][3]));
+            // -1 per neighbour outside either threshold; the map countH - countV
+            // is the V misses less the H misses.
+            __m256i bad[2];
+            for (int v = 0; v < 2; ++v) {
+                bad[v] = _mm256_setzero_si256();
+                for (int k = 0; k < 4; ++k)
+                    bad[v] = _mm256_add_epi32(bad[v], _mm256_or_si256(_mm256_cmpgt_epi32(dy[v][k], lumaEps),
+                                                                      _mm256_cmpgt_epi32(dc[v][k], chromaEps)));
+            }
+            L::storeSigned(at(out, c), _mm256_sub_epi32(bad[0], bad[1]));
+        }
+        return c;
+    }
+
+    // Returns the first column left to the scalar form; `t` carries the
+    // running value.
+    int outputRowVec(int r, int c0, int c1, int32_t& t) const
+    {
+        const uint8_t *mu = mapRing(r - 1).p, *mm = mapRing(r).p, *md = mapRing(r + 1).p;
+        const uint8_t* red[2] = {redRing(0, r).p, redRing(1, r).p};
+        const uint8_t* green[2] = {greenRing(0, r).p, greenRing(1, r).p};
+        const uint8_t* blue[2] = {blueRing(0, r).p, blueRing(1, r).p};
+        uint8_t* d = dst + std::ptrdiff_t(r - y) * dstStep;
+        __m256i run = _mm256_set1_epi32(t);
+        const __m256i zero = _mm256_setzero_si256();
+        int c = c0;
+        for (; c + kLanes - 1 <= c1; c += kLanes) {
+            __m256i s = zero;
+            for (const uint8_t* m : {mu, mm, md})
+                for (int j = -1; j <= 1; ++j)
+                    s = _mm256_add_epi32(s, L::loadSigned(at(m, c + j)));
+            // Each lane takes the last non-zero S at or left of it, else the
+            // running value: a scan in three steps of 1, 2 and 4 lanes.
+            auto keepNonZero = [&](__m256i own, __m256i left) {
+                return _mm256_blendv_epi8(own, left, _mm256_cmpeq_epi32(own, zero));
+            };
+            s = keepNonZero(s, L::fromLeft(run, s));
+            s = keepNonZero(s, L::fromLeft2(run, s));
+            s = keepNonZero(s, L::fromLeft4(run, s));
+            run = _mm256_permutevar8x32_epi32(s, _mm256_set1_epi32(7));
+            const __m256i useV = _mm256_cmpgt_epi32(zero, s);
+            alignas(32) int32_t px[3][kLanes];
+            _mm256_store_si256(reinterpret_cast<__m256i*>(px[0]),
+                               _mm256_blendv_epi8(L::load(at(red[0], c)), L::load(at(red[1], c)), useV));
+            _mm256_store_si256(reinterpret_cast<__m256i*>(px[1]),
+                               _mm256_blendv_epi8(L::load(at(green[0], c)), L::load(at(green[1], c)), useV));
+            _mm256_store_si256(reinterpret_cast<__m256i*>(px[2]),
+                               _mm256_blendv_epi8(L::load(at(blue[0], c)), L::load(at(blue[1], c)), useV));
+            uint8_t* q = d + std::ptrdiff_t(c - x) * 3 * sizeof(T);
+            for (int i = 0; i < kLanes; ++i)
+                for (int ch = 0; ch < 3; ++ch)
+                    storeAt<T>(q + (3 * i + ch) * sizeof(T), px[ch][i]);
+        }
+        t = _mm256_cvtsi256_si32(run);
+        return c;
+    }
+
     // Stage 1: green of both candidates at row r, columns [c0, c1].
     void greenRow(int r, int c0, int c1) const
     {
         const SrcRow up2 = srcRow(r - 2), up = srcRow(r - 1), mid = srcRow(r), down = srcRow(r + 1), down2 = srcRow(r + 2);
         const RingRow<T> outH = greenRing(0, r), outV = greenRing(1, r);
-        for (int c = c0; c <= c1; ++c) {
+        for (int c = vec ? greenRowVec(r, c0, c1) : c0; c <= c1; ++c) {
             const int32_t s = mid[c];
             int32_t gh = s, gv = s;
             if (grid.colourSiteAt(r, c)) {
@@ -134,6 +372,8 @@ struct Ahd {
     // differences to green carried over from the neighbours that have them.
     void redBlueRow(int r, int c0, int c1) const
     {
+        if (vec)
+            c0 = redBlueRowVec(r, c0, c1);
         const bool redRow = grid.redRowAt(r);
         const SrcRow up = srcRow(r - 1), mid = srcRow(r), down = srcRow(r + 1);
         for (int v = 0; v < 2; ++v) {
@@ -162,6 +402,8 @@ struct Ahd {
     // Stages 3 and 4: the homogeneity map, countH - countV.
     void mapRow(int r, int c0, int c1) const
     {
+        if (vec)
+            c0 = mapRowVec(r, c0, c1);
         struct Rows {
             RingRow<T> red, green, blue;
             Ycc at(int c) const { return toYcc(red[c], green[c], blue[c]); }
@@ -209,6 +451,8 @@ struct Ahd {
                          blue[2] = {blueRing(0, r), blueRing(1, r)};
         uint8_t* d = dst + std::ptrdiff_t(r - y) * dstStep;
         int32_t t = 1;
+        if (vec)
+            c0 = outputRowVec(r, c0, c1, t);
         for (int c = c0; c <= c1; ++c) {
             int32_t s = 0;
             for (int j = -1; j <= 1; ++j)
@@ -227,11 +471,12 @@ struct Ahd {
 
     // One work item: rows stream through the rings, each stage a row behind
     // the one it reads.
-    void item(int ix, int iy, int iw, int ih)
+    void item(int ix, int iy, int iw, int ih, bool interior = false)
     {
         if (iw < 1 || ih < 1)
             return;
         cx = ix;
+        vec = interior && !g_scalarBlocks;
         const int last = ix + iw - 1;
         for (int k = iy - 3; k <= iy + ih + 2; ++k) {
             greenRow(k, ix - 3, last + 3);
@@ -279,7 +524,7 @@ OrvStatus ownDemosaicAHD(const T* src, OrvRect roi, RoiSize size, int srcStep, T
 
     Ahd<T> a{reinterpret_cast<const uint8_t*>(src), srcStep, W, H, g, reinterpret_cast<uint8_t*>(dst), dstStep,
              x, y, x + w, y + h, tmp, tmpStep};
-    a.item(rx, ry, rw, rh);
+    a.item(rx, ry, rw, rh, true);
     a.item(x, y, w, ry - y);
     a.item(x, ry + rh, w, y + h - (ry + rh));
     a.item(x, ry, rx - x, rh);

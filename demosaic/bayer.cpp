@@ -276,26 +276,42 @@ OrvStatus ownCFAToRGB(const T* src, OrvRect roi, RoiSize size, int srcStep, T* d
     const int W = size.width, H = size.height;
     auto out = [&](int r, int c) { return dst + (r - k.y) * ds + 3 * (c - k.x); };
 
-    // The frame, on the caller's thread: rows 0, 1, H-2, H-1 whole, and
-    // columns 0, 1, W-2, W-1 of the rows between.
+    // Every pixel depends on the source alone, so the frame is written with
+    // the rows it belongs to: the columns 0, 1, W-2, W-1 in the same pass as
+    // their row's interior, rows 0 and 1 by the first band and rows H-2 and
+    // H-1 by the last, which leaves no serial part around the bands.
     auto frameCols = [&](int r, int from, int to) {
         for (int c = from; c < to; ++c)
             framePixel(m, r, c, out(r, c));
     };
-    for (int r = k.y; r < k.yEnd; ++r) {
-        if (r < 2 || r >= H - 2) {
+    auto sideCols = [&](int r) {
+        frameCols(r, k.x, std::min(k.xEnd, 2));
+        frameCols(r, std::max(k.x, std::max(2, W - 2)), k.xEnd);
+    };
+    auto frameRows = [&](int from, int to) {
+        for (int r = std::max(from, k.y); r < std::min(to, k.yEnd); ++r)
             frameCols(r, k.x, k.xEnd);
-        } else {
-            frameCols(r, k.x, std::min(k.xEnd, 2));
-            frameCols(r, std::max(k.x, std::max(2, W - 2)), k.xEnd);
-        }
-    }
+    };
 
     const int x0 = std::max(k.x, 2), y0 = std::max(k.y, 2);
     const int iw = std::min(k.xEnd - 1, W - 3) - x0 + 1, ih = std::min(k.yEnd - 1, H - 3) - y0 + 1;
-    if (iw <= 0 || ih <= 0)
+    if (iw <= 0 || ih <= 0) {
+        frameRows(0, 2);
+        for (int r = std::max(k.y, 2); r < std::min(k.yEnd, H - 2); ++r)
+            sideCols(r);
+        frameRows(std::max(2, H - 2), H);
         return orvStatusOk;
-    auto worker = [&](int first, int rows) { interiorRows(m, y0 + first, rows, x0, iw, out(y0 + first, x0), ds); };
+    }
+    auto worker = [&](int first, int rows) {
+        if (first == 0)
+            frameRows(0, 2);
+        for (int r = y0 + first; r < y0 + first + rows; ++r) {
+            sideCols(r);
+            interiorRows(m, r, 1, x0, iw, out(r, x0), ds);
+        }
+        if (first + rows == ih)
+            frameRows(std::max(2, H - 2), H);
+    };
     const int n = ownGetNumThreads();
     if (n <= 1 || iw < kBandLimit || ih < kBandLimit)
         worker(0, ih);

@@ -20,6 +20,7 @@
 #include <type_traits>
 
 #include "demosaic/mosaic.h"
+#include "demosaic/quotient.h"
 #include "frame/driver.h"
 #include "frame/fronts.h"
 #include "frame/primitives/primitives.h"
@@ -30,6 +31,9 @@ namespace {
 // ---- lane operations: scalar ----------------------------------------------
 // Masks are -1 (true) or 0.
 
+using h9::roundEven;
+using h9::roundedQuotient;
+
 inline int32_t absDiff(int32_t a, int32_t b) { return a > b ? a - b : b - a; }
 inline int32_t twice(int32_t a) { return a << 1; }
 inline int32_t half(int32_t a) { return a >> 1; }
@@ -39,14 +43,6 @@ inline int32_t keep(int32_t m, int32_t a) { return m & a; }
 inline int32_t lanesMin(int32_t a, int32_t b) { return a < b ? a : b; }
 inline int32_t lanesMax(int32_t a, int32_t b) { return a > b ? a : b; }
 
-// Rounding to the nearest integer, ties to even, whatever the thread's mode.
-inline float roundEven(float x) { return _mm_cvtss_f32(_mm_round_ss(_mm_setzero_ps(), _mm_set_ss(x), _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC)); }
-
-// (diff / twoN) in single precision, rounded to an integer.
-inline int32_t roundedQuotient(int32_t diff, int32_t twoN)
-{
-    return int32_t(roundEven(float(diff) / float(twoN)));
-}
 // Clamp to [0, hi]; a NaN becomes 0, as the vector max instruction does it.
 inline float clampF(float x, float hi)
 {
@@ -67,7 +63,7 @@ inline Lanes8 absDiff(Lanes8 a, Lanes8 b) { return {_mm256_abs_epi32(_mm256_sub_
 inline Lanes8 twice(Lanes8 a) { return {_mm256_slli_epi32(a.v, 1)}; }
 inline Lanes8 half(Lanes8 a) { return {_mm256_srai_epi32(a.v, 1)}; }
 inline Lanes8 below(Lanes8 a, Lanes8 b) { return {_mm256_cmpgt_epi32(b.v, a.v)}; }
-inline __m256i pickBits(__m256i m, __m256i a, __m256i b) { return _mm256_or_si256(_mm256_and_si256(m, a), _mm256_andnot_si256(m, b)); }
+inline __m256i pickBits(__m256i m, __m256i a, __m256i b) { return _mm256_blendv_epi8(b, a, m); }
 inline Lanes8 pick(Lanes8 m, Lanes8 a, Lanes8 b) { return {pickBits(m.v, a.v, b.v)}; }
 inline Lanes8 keep(Lanes8 m, Lanes8 a) { return {_mm256_and_si256(m.v, a.v)}; }
 inline Lanes8 lanesMin(Lanes8 a, Lanes8 b) { return {_mm256_min_epi32(a.v, b.v)}; }
@@ -90,8 +86,8 @@ inline Lanes8 applyGain(Lanes8 v, float gain, float hi)
 
 // ---- lane operations: sixteen 16-bit AVX2 lanes, for 8u ------------------
 // Gradients, sums and their differences stay below 2^12 for 8u, so 16-bit
-// lanes hold them exactly; the quotient and the gains go through two halves
-// of eight 32-bit lanes.
+// lanes hold them exactly; the quotient is exact in integers, and the gains
+// go through two halves of eight 32-bit lanes.
 
 struct Lanes16 {
     __m256i v;
@@ -111,10 +107,7 @@ inline Lanes8 lowHalf(Lanes16 a) { return {_mm256_cvtepi16_epi32(_mm256_castsi25
 inline Lanes8 highHalf(Lanes16 a) { return {_mm256_cvtepi16_epi32(_mm256_extracti128_si256(a.v, 1))}; }
 inline Lanes16 join(Lanes8 lo, Lanes8 hi) { return {_mm256_permute4x64_epi64(_mm256_packs_epi32(lo.v, hi.v), 0xd8)}; }
 
-inline Lanes16 roundedQuotient(Lanes16 diff, Lanes16 twoN)
-{
-    return join(roundedQuotient(lowHalf(diff), lowHalf(twoN)), roundedQuotient(highHalf(diff), highHalf(twoN)));
-}
+inline Lanes16 roundedQuotient(Lanes16 diff, Lanes16 twoN) { return {roundedQuotientEpi16(diff.v, twoN.v)}; }
 inline Lanes16 clampI(Lanes16 x, int32_t hi)
 {
     return {_mm256_min_epi16(_mm256_max_epi16(x.v, _mm256_setzero_si256()), _mm256_set1_epi16(int16_t(hi)))};
@@ -134,9 +127,19 @@ inline void splat(Lanes16& x, int32_t k) { x = {_mm256_set1_epi16(int16_t(k))}; 
 // columns right). `green` marks green sites; `redRow` says whether the row
 // holds red sites.
 template <class V, class At>
-void vngPixel(At at, V green, bool redRow, int32_t hi, const float* gains, V& b, V& g, V& r)
+void vngPixel(At load, V green, bool redRow, int32_t hi, const float* gains, V& b, V& g, V& r)
 {
-    auto d = [&](int i0, int j0, int i1, int j1) { return absDiff(at(i0, j0), at(i1, j1)); };
+    // The 5x5 neighbourhood, each sample loaded and widened once.
+    V nb[5][5];
+    for (int i = 0; i < 5; ++i)
+        for (int j = 0; j < 5; ++j)
+            nb[i][j] = load(i - 2, j - 2);
+    auto at = [&](int i, int j) { return nb[i + 2][j + 2]; };
+    // A pair is taken in one order whichever way it is written, so that the
+    // pairs shared by two directions are computed once.
+    auto d = [&](int i0, int j0, int i1, int j1) {
+        return i0 < i1 || (i0 == i1 && j0 < j1) ? absDiff(at(i0, j0), at(i1, j1)) : absDiff(at(i1, j1), at(i0, j0));
+    };
     const V p = at(0, 0);
 
     // Gradients, the weights doubled to whole numbers.
@@ -297,8 +300,9 @@ inline void storeLanes(uint16_t* d, Lanes8 b, Lanes8 g, Lanes8 r)
 }
 
 // Interior row `r`, columns [x0, x0 + width), into `d` (four elements a
-// pixel). The vector path takes whole registers of pixels from x0 on, the
-// scalar form the rest.
+// pixel). The vector path takes whole registers of pixels from x0 on and a
+// last register that overlaps them; the scalar form takes rows narrower than
+// a register.
 template <class T>
 void vngRow(const T* src, int srcStep, const Grid& grid, int r, int x0, int width, const float* gains, T* d)
 {
@@ -306,16 +310,22 @@ void vngRow(const T* src, int srcStep, const Grid& grid, int r, int x0, int widt
     const bool redRow = grid.redRowAt(r);
     using L = VngLanes<T>;
     const int nv = g_scalarBlocks ? 0 : width / L::kCount * L::kCount;
-    if (nv > 0) {
-        // Even lanes have the site class of x0.
-        const typename L::V green = L::greenMask(!grid.colourSiteAt(r, x0));
-        for (int i = 0; i < nv; i += L::kCount) {
-            const int c = x0 + i;
-            auto at = [&](int di, int dj) { return L::load(rowAt(src, srcStep, r + di) + c + dj); };
-            typename L::V b, g, rr;
-            vngPixel(at, green, redRow, hi, gains, b, g, rr);
-            storeLanes(d + 4 * i, b, g, rr);
-        }
+    auto block = [&](int i) {
+        const int c = x0 + i;
+        // Even lanes have the site class of column c.
+        const typename L::V green = L::greenMask(!grid.colourSiteAt(r, c));
+        auto at = [&](int di, int dj) { return L::load(rowAt(src, srcStep, r + di) + c + dj); };
+        typename L::V b, g, rr;
+        vngPixel(at, green, redRow, hi, gains, b, g, rr);
+        storeLanes(d + 4 * i, b, g, rr);
+    };
+    for (int i = 0; i < nv; i += L::kCount)
+        block(i);
+    if (nv > 0 && nv < width) {
+        // The last pixels as one more register ending at the row's end; it
+        // recomputes some pixels of the previous one, to the same values.
+        block(width - L::kCount);
+        return;
     }
     for (int i = nv; i < width; ++i) {
         const int c = x0 + i;

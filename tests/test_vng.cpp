@@ -8,6 +8,7 @@
 #include <random>
 #include <vector>
 
+#include "demosaic/quotient.h"
 #include "support/mosaic.h"
 
 using namespace orvtest;
@@ -188,6 +189,25 @@ TYPED_TEST(Vng, ChecksInOrderAndNothingWrittenOnFailure)
     EXPECT_EQ(f(s, {0, 0, 0, 8}, {8, 8}, src.step(), nullptr, d, dst.step(), 0), orvStatusOk);
     EXPECT_EQ(f(s, {0, 0, 8, 0}, {8, 8}, src.step(), nullptr, d, dst.step(), 0), orvStatusOk);
     EXPECT_EQ(dst.pixels(), before);
+}
+
+// The integer quotient of the 16-bit lanes equals the single-precision
+// division of the scalar form for every count and every difference the 8-bit
+// sums can reach, ties to even included.
+TEST(VngQuotient, IntegerLanesMatchFloatDivisionOverTheWholeRange)
+{
+    for (int twoN = 2; twoN <= 16; twoN += 2)
+        for (int d0 = -4080; d0 <= 4080; d0 += 16) {
+            alignas(32) int16_t diff[16], got[16];
+            for (int i = 0; i < 16; ++i)
+                diff[i] = int16_t(d0 + i);
+            _mm256_store_si256(reinterpret_cast<__m256i*>(got),
+                               h9::roundedQuotientEpi16(_mm256_load_si256(reinterpret_cast<const __m256i*>(diff)),
+                                                        _mm256_set1_epi16(int16_t(twoN))));
+            for (int i = 0; i < 16; ++i)
+                if (diff[i] <= 4080)
+                    ASSERT_EQ(got[i], h9::roundedQuotient(diff[i], twoN)) << diff[i] << " / " << twoN;
+        }
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "bench_util.h"
+#include "frame/primitives/primitives.h"
 #include "vecmath/powx.h"
 
 #ifdef ORVCC_HAVE_OPENCV
@@ -90,8 +91,33 @@ void registerPowx()
     }
 }
 
+// The passes of the 32f rows that subtract vMin before the curve and add it
+// back after, over one frame of C3 values, beside a memcpy of the same bytes.
+void registerRangePasses()
+{
+    for (bool add : {false, true}) {
+        for (bool scalar : {false, true}) {
+            const std::string name = std::string(add ? "GammaPass_AddC_32f" : "GammaPass_SubC_32f") + (scalar ? "/scalar" : "/vector");
+            benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+                const std::vector<float> src = unitValues(std::size_t(kValues));
+                std::vector<float> dst(src.size());
+                h9::g_scalarBlocks = scalar;
+                for (auto _ : state) {
+                    benchmark::DoNotOptimize(add ? h9::orvsAddC_32f(src.data(), 0.25f, dst.data(), int(kValues))
+                                                 : h9::orvsSubC_32f(src.data(), 0.25f, dst.data(), int(kValues)));
+                    benchmark::ClobberMemory();
+                }
+                h9::g_scalarBlocks = false;
+                reportPixels(state, 1LL * kWidth * kHeight);
+            })->Unit(benchmark::kMillisecond)->UseRealTime();
+        }
+    }
+    registerMemcpy("GammaPass_32f/memcpy", 12);
+}
+
 void registerGamma()
 {
+    registerRangePasses();
     registerConversion("GammaFwd_8u_C3R", 3, 3, wrap<Orv8u>(orviGammaFwd_8u_C3R));
     registerConversion("GammaInv_8u_C3R", 3, 3, wrap<Orv8u>(orviGammaInv_8u_C3R));
     registerConversion("GammaFwd_8u_AC4R", 4, 4, wrap<Orv8u>(orviGammaFwd_8u_AC4R));

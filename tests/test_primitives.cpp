@@ -4,10 +4,12 @@
 // forms, and the signal and 4:2:2 helpers compute what they say.
 #include <cmath>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <random>
 #include <vector>
 
+#include "frame/fpmode.h"
 #include "frame/primitives/primitives.h"
 #include "support/image.h"
 
@@ -292,6 +294,65 @@ TEST(Statistics, VectorPathsMatchScalarForms)
         ASSERT_EQ(std::memcmp(&mv, &ms, 4), 0);
         ASSERT_EQ(std::memcmp(&sv, &ss, 8), 0);
     });
+}
+
+// Wide rows are added in runs out of order where no addition rounds; data
+// that makes the running sums round, cancel, cross powers of two, or meet
+// zeros, tiny, infinite and NaN elements must give the in-order sums still,
+// in every rounding mode.
+TEST(Statistics, SumsOfWideRowsMatchTheInOrderForm)
+{
+    std::mt19937 rng(11);
+    std::uniform_real_distribution<float> unit(0.0f, 1.0f);
+    using Gen = std::function<float(int)>;
+    const float inf = std::numeric_limits<float>::infinity(), nan = std::numeric_limits<float>::quiet_NaN();
+    const std::vector<std::pair<const char*, Gen>> kinds = {
+        {"sevenths", [&](int i) { return float((uint64_t(i) * 7919) % 100000) / 7.0f; }},
+        {"walk", [&](int) { return unit(rng) * 2000.0f - 1000.0f; }},
+        {"integers", [&](int) { return float(int(unit(rng) * 512.0f) - 100); }},
+        {"zeros", [&](int i) { return i % 3 ? (i % 2 ? 0.0f : -0.0f) : unit(rng) * 64.0f; }},
+        {"spread", [&](int) { return std::ldexp(unit(rng), int(unit(rng) * 80.0f) - 40); }},
+        {"tiny", [&](int i) { return i % 97 == 0 ? 1e-42f : std::ldexp(1.0f, int(unit(rng) * 8.0f)); }},
+        {"huge", [&](int) { return 3e38f * unit(rng); }},
+        {"special", [&](int i) { return i == 700 ? inf : i == 1500 ? nan : unit(rng); }},
+        {"cancel", [&](int i) { return (i / 4) % 2 ? -float(i % 61) * 0.25f : float(i % 61) * 0.25f; }},
+        // Fine low bits in the sums, then runs of coarse elements.
+        {"steps", [&](int i) { return (i / 128) % 3 ? float(int(unit(rng) * 1000.0f)) * 4096.0f : unit(rng); }},
+        {"edges", [&](int i) { return i % 128 < 4 ? 0.5f + unit(rng) : float(1 << (i % 24)); }},
+    };
+    for (const auto& [name, gen] : kinds)
+        for (uint32_t mode : {kRoundNearest, kRoundDown, kRoundUp, kRoundTowardZero})
+            for (RoiSize roi : {RoiSize{128, 3}, RoiSize{300, 7}, RoiSize{1027, 5}}) {
+                std::vector<float> v(std::size_t(roi.width) * roi.height);
+                for (std::size_t i = 0; i < v.size(); ++i)
+                    v[i] = gen(int(i));
+                const RoundingAs rounding(mode);
+                double sv = 0, ss = 0;
+                orviSum_32f_C1R(v.data(), 4 * roi.width, roi, &sv, 1);
+                {
+                    ScalarBlocks scalar;
+                    orviSum_32f_C1R(v.data(), 4 * roi.width, roi, &ss, 1);
+                }
+                ASSERT_EQ(std::memcmp(&sv, &ss, 8), 0) << name << " mode " << mode << " width " << roi.width << ": " << sv << " against " << ss;
+            }
+}
+
+TEST(Statistics, SumsRoundStepByStepAsTheyGrow)
+{
+    // One running sum gets 1 + 2^-40 + 1.75 * 2^-42, then 2^11 and 2^12: in
+    // order the low bits round to 2^-41 and then, a tie, up to 2^-39; added
+    // at once they would round down to 2^-40.
+    std::vector<float> v(2 * 128, 0.0f);
+    v[0] = 1.0f;
+    v[4] = 0x1p-40f;
+    v[8] = 0x1p-42f;
+    v[12] = 0x1p-43f;
+    v[16] = 0x1p-44f;
+    v[128] = 2048.0f;
+    v[132] = 4096.0f;
+    double s = 0;
+    ASSERT_EQ(orviSum_32f_C1R(v.data(), 4 * 128, {128, 2}, &s, 1), orvStatusOk);
+    EXPECT_EQ(s, 6145.0 + 0x1p-39);
 }
 
 TEST(Statistics, MaximumKeepsTheRunningValueOverNaN)

@@ -163,6 +163,9 @@ TEST(Twist, LimitsNaNAndTiesToEven)
         EXPECT_EQ(twist8({{0, 0, 0, 0.5f}, {0, 0, 0, 1.5f}, {0, 0, 0, 2.5f}}, {1, 2, 3}, w), (R{0, 2, 2}));
         EXPECT_EQ(twist8({{0, 0, 0, 254.5f}, {0, 0, 0, 253.5f}, {0, 0, 0, -0.5f}}, {1, 2, 3}, w), (R{254, 254, 0}));
         EXPECT_EQ(twist8({{2, 0, 0, 0}, {0, -1, 0, 0}, {0, 0, 1, 1.0e30f}}, {200, 10, 0}, w), (R{255, 0, 255}));
+        // Sums beyond the int32 range, and just inside it.
+        EXPECT_EQ(twist8({{0, 0, 0, 3.0e9f}, {0, 0, 0, -3.0e9f}, {0, 0, 0, 2.0e9f}}, {1, 2, 3}, w), (R{255, 0, 255}));
+        EXPECT_EQ(twist8({{1.0e6f, 0, 0, 0}, {0, 0, -1.0e6f, 0}, {0, 0, 0, 5.0e8f}}, {250, 2, 9}, w), (R{255, 0, 255}));
         // NaN gives the upper limit where it reaches: a weight, a constant,
         // and 0 times infinity; minus infinity the lower one.
         EXPECT_EQ(twist8({{1, 0, 0, 0}, {0, nan, 0, 0}, {0, 0, 1, nan}}, {10, 20, 30}, w), (R{10, 255, 255}));

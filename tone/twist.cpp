@@ -20,8 +20,10 @@
 #include <immintrin.h>
 
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <type_traits>
 
 #include "frame/driver.h"
@@ -129,13 +131,48 @@ inline __m256 twistSum(const Splat& k, int r, __m256 a, __m256 b, __m256 c)
 // what clamping and then rounding gives, for values below the int32 range
 // too (they convert to INT32_MIN). The min stays, for NaN and values above
 // the int32 range convert to INT32_MIN as well.
-template <class T>
+//
+// Where no sum can be NaN or reach the int32 range (a finite matrix whose
+// sums stay below 2^30 in magnitude for every input, `bounded`), the min
+// changes nothing either: a sum above the upper limit rounds to an integer
+// above it, which the packs saturate to the limit as they would the limit
+// itself. Those matrices go without it.
+template <class T, bool Bounded = false>
 inline auto toElement(__m256 s)
 {
     if constexpr (kIsFloat<T>)
         return s;
+    else if constexpr (Bounded)
+        return _mm256_cvtps_epi32(s);
     else
         return _mm256_cvtps_epi32(_mm256_min_ps(s, _mm256_set1_ps(Limits<T>::upper)));
+}
+
+// Whether every sum of the matrix stays below 2^30 in magnitude for inputs
+// of magnitude at most `input`: a finite matrix with |t3| + input (|t0| + |t1|
+// + |t2|) below 2^29, the margin covering the roundings on the way.
+inline bool sumsBounded(const Columns& m, double input)
+{
+    for (int r = 0; r < 3; ++r) {
+        double bound = std::fabs(double(m.col[3][r]));
+        for (int c = 0; c < 3; ++c)
+            bound += input * std::fabs(double(m.col[c][r]));
+        if (!(bound < 0x1p29))  // NaN and infinite weights fail here too
+            return false;
+    }
+    return true;
+}
+
+// The largest magnitude of an input element.
+template <class T>
+constexpr double inputMagnitude()
+{
+    if constexpr (std::is_same_v<T, int16_t>)
+        return 32768.0;
+    else if constexpr (kIsFloat<T>)
+        return 0.0;  // unused: floats are stored as they are
+    else
+        return double(std::numeric_limits<T>::max());
 }
 
 // ---------------------------------------------------------------------------
@@ -437,6 +474,7 @@ struct Twist3 {
     Columns m;
     bool alignHead = false;
     bool stream = false;
+    bool bounded = false;  // integers: the min before the conversion may go (see toElement)
 
     Span span(int n, Out d) const
     {
@@ -483,13 +521,22 @@ struct Twist3 {
     // Pixels [begin, end), a multiple of 8 of them.
     void vector(In s, Out d, int begin, int end) const
     {
+        if (bounded)
+            steps<true>(s, d, begin, end);
+        else
+            steps<false>(s, d, begin, end);
+    }
+
+    template <bool Bounded>
+    void steps(In s, Out d, int begin, int end) const
+    {
         const Splat k(m);
         for (int i = begin; i < end; i += 8) {
             __m256 a, b, c;
             load8<T, L>(s, i, a, b, c);
-            const auto r0 = toElement<T>(twistSum(k, 0, a, b, c));
-            const auto r1 = toElement<T>(twistSum(k, 1, a, b, c));
-            const auto r2 = toElement<T>(twistSum(k, 2, a, b, c));
+            const auto r0 = toElement<T, Bounded>(twistSum(k, 0, a, b, c));
+            const auto r1 = toElement<T, Bounded>(twistSum(k, 1, a, b, c));
+            const auto r2 = toElement<T, Bounded>(twistSum(k, 2, a, b, c));
             if constexpr (kIsFloat<T>)
                 store8<T, L>(d, i, r0, r1, r2, stream);
             else
@@ -633,7 +680,8 @@ OrvStatus myColorTwist(const T* src, int srcStep, T* dst, int dstStep, RoiSize r
         return orvStatusNullPointer;
     if (OrvStatus st = checkSizeAndSteps(roi, srcStep, dstStep))
         return st;
-    const Twist3<T, L> k{columnsOf(twist)};
+    Twist3<T, L> k{columnsOf(twist)};
+    k.bounded = !kIsFloat<T> && sumsBounded(k.m, inputMagnitude<T>());
     withRounding<T>([&] { twistRows(k, {src}, srcStep, {dst}, dstStep, roi); });
     return orvStatusOk;
 }
@@ -652,7 +700,8 @@ OrvStatus myColorTwistP3(const T* const* src, int srcStep, T* const* dst, int ds
         return orvStatusNullPointer;
     if (OrvStatus st = checkSizeAndSteps(roi, srcStep, dstStep))
         return st;
-    const Twist3<T, Layout::P3> k{columnsOf(twist)};
+    Twist3<T, Layout::P3> k{columnsOf(twist)};
+    k.bounded = !kIsFloat<T> && sumsBounded(k.m, inputMagnitude<T>());
     const Planar<const T> s{{src[0], src[1], src[2]}};
     const Planar<T> d{{dst[0], dst[1], dst[2]}};
     withRounding<T>([&] { twistRows(k, s, srcStep, d, dstStep, roi); });

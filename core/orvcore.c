@@ -55,10 +55,15 @@ static int64_t cpuidLargestCache(void)
     return best;
 }
 
-int32_t orvGetMaxCacheSizeB(int32_t* pSizeBytes)
+/* The largest cache in bytes, at most INT32_MAX, or -1 where the platform
+ * reports none; 0 until first asked. The query traps to the hypervisor on
+ * virtual machines, tens of microseconds a call, and its answer does not
+ * change while the process runs: it is asked once. Threads that ask at the
+ * same time store the same value. */
+static volatile int32_t g_cacheBytes = 0;
+
+static int32_t largestCache(void)
 {
-    if (!pSizeBytes)
-        return -8;
     int64_t best = cpuidLargestCache();
 #ifdef _SC_LEVEL3_CACHE_SIZE
     if (best <= 0) {
@@ -69,8 +74,20 @@ int32_t orvGetMaxCacheSizeB(int32_t* pSizeBytes)
 #endif
     if (best <= 0)
         return -1;
-    if (best > INT32_MAX)
-        best = INT32_MAX;
-    *pSizeBytes = (int32_t)best;
+    return best > INT32_MAX ? INT32_MAX : (int32_t)best;
+}
+
+int32_t orvGetMaxCacheSizeB(int32_t* pSizeBytes)
+{
+    if (!pSizeBytes)
+        return -8;
+    int32_t best = __atomic_load_n(&g_cacheBytes, __ATOMIC_RELAXED);
+    if (best == 0) {
+        best = largestCache();
+        __atomic_store_n(&g_cacheBytes, best, __ATOMIC_RELAXED);
+    }
+    if (best < 0)
+        return -1;
+    *pSizeBytes = best;
     return 0;
 }

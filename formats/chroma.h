@@ -220,11 +220,16 @@ struct ChromaKernel {
     template <class Plan>
     static void rows(const Frame& sf, const Frame& df, int width, int y0, int y1, Plan&& plan, bool stream)
     {
+        // Luma planes without padding on either side are one run of bytes:
+        // one copy moves the rows without a per-row start and end.
+        const bool oneRun = !kLuma && !stream && sf.step[0] == width && df.step[0] == width;
+        if (oneRun && y1 > y0)
+            ownsCopy_8u_repG9(rowOf(sf, y0, 0).p[0], rowOf(df, y0, 0).p[0], std::size_t(width) * std::size_t(y1 - y0));
         for (int y = y0; y < y1; ++y) {
             const RowPlan p = plan(y);
             const Row sl = rowOf(sf, y, 0);
             const Row d = rowOf(df, y, p.dstRow);
-            if constexpr (!kLuma)
+            if (!kLuma && !oneRun)
                 ownccCopy_8u_C1_W7(sl.p[0], d.p[0], width, stream);
             if (!kLuma && !p.chroma)
                 continue;

@@ -197,5 +197,5 @@ ORV_FRONT(orviRGBToYCoCg_8u_C3P3R)(const Orv8u* pSrc, int srcStep, Orv8u* pDst[3
 }
 ORV_FRONT(orviYCoCgToRGB_8u_P3C3R)(const Orv8u* const pSrc[3], int srcStep, Orv8u* pDst, int dstStep, RoiSize roiSize)
 {
-    return fromPlanes<BiasedInverse, Unpacked16, 3, false>(pSrc, srcStep, pDst, dstStep, roiSize, kUnsized);
+    return fromPlanes<BiasedInverse, Bytes, 3, false>(pSrc, srcStep, pDst, dstStep, roiSize, kUnsized);
 }

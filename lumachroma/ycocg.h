@@ -29,12 +29,13 @@
 // the scalar form agree for every input, and a row can split between them
 // anywhere: whole vectors go through the vector path, the rest of the row
 // through the scalar form. Members with byte pixels move 32 pixels a step;
-// the biased forward transform, all of whose results are bytes, also has a
-// form on bytes.
+// the biased transforms, all of whose inputs and results are bytes, also
+// have a form on bytes.
 #pragma once
 
 #include <immintrin.h>
 
+#include <array>
 #include <cstdint>
 #include <type_traits>
 
@@ -64,25 +65,16 @@ inline Lanes16 operator-(Lanes16 a, Lanes16 b) { return {_mm256_sub_epi16(a.v, b
 inline Lanes16 operator+(Lanes16 a, int k) { return {_mm256_add_epi16(a.v, _mm256_set1_epi16(int16_t(k)))}; }
 inline Lanes16 operator>>(Lanes16 a, int n) { return {_mm256_srai_epi16(a.v, n)}; }
 
-// 32 pixels in 16-bit lanes, as two vectors of 16: in pixel order (lo
-// pixels 0-15, hi 16-31) where they meet 16-bit memory; where bytes are
-// read and written on both sides, in the order of the byte unpacks (lo
-// pixels 0-7 and 16-23, hi 8-15 and 24-31), which packuswb puts back.
-template <bool Unpacked>
-struct Pair {
+// 32 pixels in 16-bit lanes, as two vectors of 16 in pixel order (lo
+// pixels 0-15, hi 16-31).
+struct Pair16 {
     static constexpr int kPixels = 32;
     Lanes16 lo, hi;
 };
-template <bool U>
-inline Pair<U> operator+(Pair<U> a, Pair<U> b) { return {a.lo + b.lo, a.hi + b.hi}; }
-template <bool U>
-inline Pair<U> operator-(Pair<U> a, Pair<U> b) { return {a.lo - b.lo, a.hi - b.hi}; }
-template <bool U>
-inline Pair<U> operator+(Pair<U> a, int k) { return {a.lo + k, a.hi + k}; }
-template <bool U>
-inline Pair<U> operator>>(Pair<U> a, int n) { return {a.lo >> n, a.hi >> n}; }
-using Pair16 = Pair<false>;
-using Unpacked16 = Pair<true>;
+inline Pair16 operator+(Pair16 a, Pair16 b) { return {a.lo + b.lo, a.hi + b.hi}; }
+inline Pair16 operator-(Pair16 a, Pair16 b) { return {a.lo - b.lo, a.hi - b.hi}; }
+inline Pair16 operator+(Pair16 a, int k) { return {a.lo + k, a.hi + k}; }
+inline Pair16 operator>>(Pair16 a, int n) { return {a.lo >> n, a.hi >> n}; }
 
 // 16 pixels in 32-bit lanes: pixels 0-7, then 8-15.
 struct Lanes32 {
@@ -98,8 +90,8 @@ inline Lanes32 operator+(Lanes32 a, int k)
 }
 inline Lanes32 operator>>(Lanes32 a, int n) { return {_mm256_srai_epi32(a.lo, n), _mm256_srai_epi32(a.hi, n)}; }
 
-// 32 pixels of unsigned bytes. Only the biased forward transform, whose
-// every result is a byte, has a form on them (see there); no operators.
+// 32 pixels of unsigned bytes. Only the biased transforms, whose every
+// input and result is a byte, have a form on them (see there); no operators.
 struct Bytes {
     static constexpr int kPixels = 32;
     __m256i v;
@@ -124,11 +116,8 @@ inline N fromWords(__m256i v)
 template <class N>
 inline N fromBytes(__m256i v)
 {
-    const __m256i z = _mm256_setzero_si256();
     if constexpr (std::is_same_v<N, Bytes>)
         return {v};
-    else if constexpr (std::is_same_v<N, Unpacked16>)
-        return {{_mm256_unpacklo_epi8(v, z)}, {_mm256_unpackhi_epi8(v, z)}};
     else
         return {{_mm256_cvtepu8_epi16(_mm256_castsi256_si128(v))}, {_mm256_cvtepu8_epi16(_mm256_extracti128_si256(v, 1))}};
 }
@@ -145,7 +134,6 @@ inline __m256i toWords(Lanes32 a)
 // Each 16-bit value saturated to 0..255 (packuswb), in pixel order.
 inline __m256i toBytes(Bytes a) { return a.v; }
 inline __m256i toBytes(Pair16 a) { return _mm256_permute4x64_epi64(_mm256_packus_epi16(a.lo.v, a.hi.v), 0xD8); }
-inline __m256i toBytes(Unpacked16 a) { return _mm256_packus_epi16(a.lo.v, a.hi.v); }
 
 // Three channels of pixels: R, G, B on the pixel side, Y, Co, Cg on the
 // plane side.
@@ -256,6 +244,29 @@ struct BiasedInverse {
         const N t = y - cg;
         return {t + co, y + cg + (-128), t - co + 256};
     }
+
+    // The same on bytes, without widening. Every result is a saturated
+    // x + d with x and d unsigned bytes or their differences, so it is made
+    // of the positive and negative parts of d: adds(subs(x, d-), d+), where
+    // d+ = subs(a, b) and d- = subs(b, a) for d = a - b, one of them 0. With
+    // t = Y - Cg, t+ = subs(Y, Cg), t- = subs(Cg, Y):
+    //   R = t + Co               = adds(subs(Co, t-), t+)
+    //   G = Y + (Cg - 128)       = adds(subs(Y, subs(128, Cg)), subs(Cg, 128))
+    //   B = (t + 1) + (255 - Co) = adds(subs(~Co, subs(t-, 1)), adds(t+, subs(1, t-)))
+    // where the parts of t + 1 are t- - 1 and t+ + 1 (the latter only where
+    // t- is 0, and at most 256, which saturates B either way).
+    static Trio<Bytes> apply(const Trio<Bytes>& p)
+    {
+        const __m256i y = p.a.v, co = p.b.v, cg = p.c.v;
+        const __m256i one = _mm256_set1_epi8(1), half = _mm256_set1_epi8(-128);
+        const __m256i tp = _mm256_subs_epu8(y, cg), tn = _mm256_subs_epu8(cg, y);
+        const __m256i r = _mm256_adds_epu8(_mm256_subs_epu8(co, tn), tp);
+        const __m256i g = _mm256_adds_epu8(_mm256_subs_epu8(y, _mm256_subs_epu8(half, cg)), _mm256_subs_epu8(cg, half));
+        const __m256i nco = _mm256_xor_si256(co, _mm256_set1_epi8(-1));
+        const __m256i b = _mm256_adds_epu8(_mm256_subs_epu8(nco, _mm256_subs_epu8(tn, one)),
+                                           _mm256_adds_epu8(tp, _mm256_subs_epu8(one, tn)));
+        return {{r}, {g}, {b}};
+    }
 };
 
 // ---------------------------------------------------------------------------
@@ -287,21 +298,64 @@ inline __m256i gather(const __m256i* c)
     return x;
 }
 
-// Chunk K from the channel registers of memory samples 0, 1, 2 and a
-// register holding the fourth sample, if any.
-template <int Ch, int K, int EB>
-inline __m256i scatter(const __m256i* c, __m256i fourth)
+// Chunk K of four-sample pixels from the channel registers of memory
+// samples 0, 1, 2 and a register holding the fourth sample.
+template <int K, int EB>
+inline __m256i scatter4(const __m256i* c, __m256i fourth)
 {
-    __m256i x = _mm256_shuffle_epi8(c[0], simd::scatterMask256<Ch, 0, K, EB>());
-    x = _mm256_or_si256(x, _mm256_shuffle_epi8(c[1], simd::scatterMask256<Ch, 1, K, EB>()));
-    x = _mm256_or_si256(x, _mm256_shuffle_epi8(c[2], simd::scatterMask256<Ch, 2, K, EB>()));
-    return Ch == 4 ? _mm256_or_si256(x, fourth) : x;
+    __m256i x = _mm256_shuffle_epi8(c[0], simd::scatterMask256<4, 0, K, EB>());
+    x = _mm256_or_si256(x, _mm256_shuffle_epi8(c[1], simd::scatterMask256<4, 1, K, EB>()));
+    x = _mm256_or_si256(x, _mm256_shuffle_epi8(c[2], simd::scatterMask256<4, 2, K, EB>()));
+    return _mm256_or_si256(x, fourth);
+}
+
+// Chunks of three-sample pixels, with a third of the shuffles: a lane
+// holds n = 16 / EB elements, and as 3 and n share no factor, each element
+// of a lane's 3n memory elements is the only one of its sample at its
+// position modulo n. So one pshufb a channel register moves pixel i of
+// memory sample s to (3i + s) mod n, where every chunk wants it, and each
+// chunk picks its elements from the three by byte blends.
+constexpr std::array<int8_t, 16> rotateMask(int s, int eb)
+{
+    std::array<int8_t, 16> m{};
+    const int n = 16 / eb;
+    for (int i = 0; i < n; ++i)
+        for (int b = 0; b < eb; ++b)
+            m[((3 * i + s) % n) * eb + b] = int8_t(i * eb + b);
+    return m;
+}
+
+// All ones on the bytes of chunk K that belong to memory sample s.
+constexpr std::array<int8_t, 16> sampleMask(int s, int k, int eb)
+{
+    std::array<int8_t, 16> m{};
+    for (int j = 0; j < 16; ++j)
+        m[j] = (16 * k + j) / eb % 3 == s ? int8_t(-1) : int8_t(0);
+    return m;
+}
+
+// Chunk K of the pixels into chunk[K], K = 0, 1, 2.
+template <int EB>
+inline void interleave3(const __m256i* c, __m256i* chunk)
+{
+    auto mask = [](const std::array<int8_t, 16>& m) {
+        return _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(m.data())));
+    };
+    static constexpr std::array<int8_t, 16> rot[3] = {rotateMask(0, EB), rotateMask(1, EB), rotateMask(2, EB)};
+    static constexpr std::array<int8_t, 16> sel[3][2] = {{sampleMask(1, 0, EB), sampleMask(2, 0, EB)},
+                                                         {sampleMask(1, 1, EB), sampleMask(2, 1, EB)},
+                                                         {sampleMask(1, 2, EB), sampleMask(2, 2, EB)}};
+    const __m256i r0 = _mm256_shuffle_epi8(c[0], mask(rot[0]));
+    const __m256i r1 = _mm256_shuffle_epi8(c[1], mask(rot[1]));
+    const __m256i r2 = _mm256_shuffle_epi8(c[2], mask(rot[2]));
+    for (int k = 0; k < 3; ++k)
+        chunk[k] = _mm256_blendv_epi8(_mm256_blendv_epi8(r0, r1, mask(sel[k][0])), r2, mask(sel[k][1]));
 }
 
 // Interleaved pixels of T (bytes or signed 16-bit), Ch samples a pixel. The
 // colour lies in memory as B, G, R, or as R, G, B when Bgr is false; a fourth
 // sample is never read, and on output takes `alpha`. Bytes travel as Bytes,
-// Pair16 or Unpacked16 (32 pixels), 16-bit samples as Lanes16 or Lanes32
+// Pair16 (32 pixels), 16-bit samples as Lanes16 or Lanes32
 // (16 pixels).
 template <class T, int Ch, bool Bgr>
 struct Pixels {
@@ -385,16 +439,23 @@ struct PixelsOut : Pixels<T, Ch, Bgr> {
         auto put = [&](int k, __m256i x) {
             _mm256_storeu2_m128i(reinterpret_cast<__m128i*>(d + 16 * Ch + 16 * k), reinterpret_cast<__m128i*>(d + 16 * k), x);
         };
-        put(0, scatter<Ch, 0, P::kEB>(c, a));
-        put(1, scatter<Ch, 1, P::kEB>(c, a));
-        put(2, scatter<Ch, 2, P::kEB>(c, a));
-        if constexpr (Ch == 4)
-            put(3, scatter<Ch, 3, P::kEB>(c, a));
+        if constexpr (Ch == 3) {
+            __m256i k[3];
+            interleave3<P::kEB>(c, k);
+            put(0, k[0]);
+            put(1, k[1]);
+            put(2, k[2]);
+        } else {
+            put(0, scatter4<0, P::kEB>(c, a));
+            put(1, scatter4<1, P::kEB>(c, a));
+            put(2, scatter4<2, P::kEB>(c, a));
+            put(3, scatter4<3, P::kEB>(c, a));
+        }
     }
 };
 
 // Three planes of T (bytes, signed 16-bit or signed 32-bit) sharing a step.
-// Byte planes travel as Bytes, Pair16 or Unpacked16, 16-bit ones as
+// Byte planes travel as Bytes or Pair16, 16-bit ones as
 // Lanes16, Lanes32 or Pair16, 32-bit ones as Lanes32.
 template <class T, class N>
 inline N loadPlane(const T* s)

@@ -198,6 +198,9 @@ std::vector<Geo> sweep()
     }
     for (int w : {124, 128, 132, 255, 256, 260, 1000, 1920})
         g.push_back({w, w % 8 ? 4 : 8, 7, w % 3 == 0});
+    // Unpadded planes, whose luma rows are one run of bytes.
+    for (int w : {64, 96, 1920})
+        g.push_back({w, 8, 0, false});
     return g;
 }
 

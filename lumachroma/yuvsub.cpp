@@ -12,11 +12,13 @@
 // and report a dropped odd column or row with orvStatusOddSize.
 #include <immintrin.h>
 
+#include <array>
 #include <cstdint>
 
 #include "frame/checks.h"
 #include "frame/fronts.h"
 #include "lumachroma/pixels8u.h"
+#include "lumachroma/ycbcrsub.h"
 #include "lumachroma/yuvforms.h"
 
 namespace h9 {
@@ -371,15 +373,275 @@ ORV_FRONT(orviYUV420ToBGR_8u_P3C3R)(const Orv8u* const pSrc[3], const int srcSte
 namespace h9 {
 namespace {
 
-// One 2 by 2 square, 16 fraction bits: each pixel's s = 19595 R + 38470 G
-// + 7471 B gives Y = s >> 16; the chroma take the sums of the four B, R and
-// s, rounded by 0x1FFFF before the first shift; U is kept to its low byte,
-// V clamped through the table.
-struct Square16 {
-    static int s(int r, int g, int b) { return 19595 * r + 38470 * g + 7471 * b; }
-    static uint8_t u(int sumB, int sumS) { return uint8_t(((((sumB << 16) - sumS + 0x1FFFF) >> 16) * 32244 >> 18) + 128); }
-    static uint8_t v(int sumR, int sumS) { return chop(((((sumR << 16) - sumS + 0x1FFFF) >> 16) * 57475 >> 18) + 128); }
+// ---------------------------------------------------------------------------
+// Forward forms. A chroma sample is made from the pixels that share it (a
+// pair, a 2 by 2 square, or a lone last pixel of an odd 4:2:2 width). Each
+// form gives, per pixel, a luma term t and Y from it; per sample, U and V
+// from the sum of the pixels' B or R terms (the bytes themselves, except in
+// the planar 4:2:2 block) and the sum T of their t:
+//   int t(r, g, b)   uint8_t y(t)   int x(c)   uint8_t u(sumX, T), v(sumX, T)
+// Block forms also give the same on 16-bit lanes (V); they never leave
+// 16 bits, and the final pack saturates to 0 .. 255 as their sat() does.
+
+// 16 fraction bits: t = 19595 R + 38470 G + 7471 B, Y = (t + YRnd) >> 16;
+// chroma from the difference of the B (or R) sum and the luma sum, rounded
+// by CRnd before the first shift, scaled by 32244 (U, kept to its low byte;
+// it cannot leave the range) or 57475 (V, clamped by the table), and
+// divided by the group size in the last shift (17 for pairs, 18 for
+// squares).
+template <int Shift, int YRnd, int CRnd>
+struct Tail16 {
+    static int t(int r, int g, int b) { return 19595 * r + 38470 * g + 7471 * b; }
+    static int x(int c) { return c; }
+    static uint8_t y(int t) { return uint8_t((t + YRnd) >> 16); }
+    static uint8_t u(int sumB, int sumT) { return uint8_t(((((sumB << 16) - sumT + CRnd) >> 16) * 32244 >> Shift) + 128); }
+    static uint8_t v(int sumR, int sumT) { return chop(((((sumR << 16) - sumT + CRnd) >> 16) * 57475 >> Shift) + 128); }
 };
+// The planar square form, and the pair tails of the 4:2:2 members with
+// planes out (no luma rounding, chroma by 65535) and packed out (32768).
+using Square16 = Tail16<18, 0, 0x1FFFF>;
+using PairPlanesTail = Tail16<17, 0, 65535>;
+using PairPackedTail = Tail16<17, 32768, 32768>;
+
+// A lone last pixel of an odd 4:2:2 width: 15 fraction bits, weights 9798,
+// 19235, 3736 (sum 32769); U rounds with 16383, V with 32767.
+struct LonePixel {
+    static int t(int r, int g, int b) { return 9798 * r + 19235 * g + 3736 * b; }
+    static int x(int c) { return c; }
+    static uint8_t y(int t) { return uint8_t(t >> 15); }
+    static uint8_t u(int b, int t) { return uint8_t(((((b << 15) - t + 16383) >> 15) * 16121 >> 15) + 128); }
+    static uint8_t v(int r, int t) { return chop(((((r << 15) - t + 32767) >> 15) * 28737 >> 15) + 128); }
+};
+
+// 14 fraction bits, the squares after the blocks of the interleaved 4:2:0
+// member: t = 4899 R + 9617 G + 1868 B (sum 16384), Y = (t + 2) >> 14,
+// chroma scales 8061 and 14369 without rounding, V clamped.
+struct Square14 {
+    static int t(int r, int g, int b) { return 4899 * r + 9617 * g + 1868 * b; }
+    static int x(int c) { return c; }
+    static uint8_t y(int t) { return uint8_t((t + 2) >> 14); }
+    static uint8_t u(int sumB, int sumT) { return uint8_t(((((sumB << 14) - sumT) >> 14) * 8061 >> 16) + 128); }
+    static uint8_t v(int sumR, int sumT) { return satU8(((((sumR << 14) - sumT) >> 14) * 14369 >> 16) + 128); }
+};
+
+// Pair sums of 32 values in the unpack order of Wide, as 16 sums in order.
+// The sums are never negative and stay below 65536 (the sum of a square's
+// luma terms in the 14-bit block needs all 16 bits), so they pack unsigned.
+inline V pairSums(const Wide& w)
+{
+    const __m256i ones = _mm256_set1_epi16(1);
+    return _mm256_packus_epi32(_mm256_madd_epi16(w.lo, ones), _mm256_madd_epi16(w.hi, ones));
+}
+
+// Block of the 4:2:2 members with interleaved source, on doubled scale:
+// y2 = ((9798 R + 19235 G) >> 14) + ((3736 B) >> 14) (two truncations, not
+// one of the whole sum), Y = sat((y2 + Rnd) >> 1); with d = (T + Rnd) >> 1,
+// U = sat((((sumB - d) * 16121) >> 16) + 128), V with sumR and 28737. Rnd is
+// 0 with planes out, 1 with packed pairs out.
+template <int Rnd>
+struct PairBlock {
+    static int t(int r, int g, int b) { return ((9798 * r + 19235 * g) >> 14) + ((3736 * b) >> 14); }
+    static int x(int c) { return c; }
+    static uint8_t y(int t) { return satU8((t + Rnd) >> 1); }
+    static uint8_t u(int sumB, int sumT) { return satU8((((sumB - ((sumT + Rnd) >> 1)) * 16121) >> 16) + 128); }
+    static uint8_t v(int sumR, int sumT) { return satU8((((sumR - ((sumT + Rnd) >> 1)) * 28737) >> 16) + 128); }
+
+    // R and G interleaved into 32-bit multiply-adds for the joint sum;
+    // (3736 B) >> 14 is the high half of 4B times 3736.
+    static V t(V r, V g, V b)
+    {
+        const __m256i w = _mm256_set1_epi32((19235 << 16) | 9798);
+        const __m256i lo = _mm256_srai_epi32(_mm256_madd_epi16(_mm256_unpacklo_epi16(r, g), w), 14);
+        const __m256i hi = _mm256_srai_epi32(_mm256_madd_epi16(_mm256_unpackhi_epi16(r, g), w), 14);
+        return _mm256_add_epi16(_mm256_packs_epi32(lo, hi), hiS(shl<2>(b), 3736));
+    }
+    static V x(V c) { return c; }
+    static V y(V t) { return sra<1>(add(t, Rnd)); }
+    static V u(V sumB, V sumT) { return add(hiS(_mm256_sub_epi16(sumB, sra<1>(add(sumT, Rnd))), 16121), 128); }
+    static V v(V sumR, V sumT) { return add(hiS(_mm256_sub_epi16(sumR, sra<1>(add(sumT, Rnd))), 28737), 128); }
+};
+
+// Block of the planar 4:2:2 member. Each byte is widened to
+// X = (x * 257) >> 6 (the byte in both halves of a word, shifted by 6, not
+// 4x); y2 = ((X_R * 9798) >> 16) + ((X_G * 19235) >> 16) + ((X_B * 3736) >> 16),
+// Y = sat(y2 >> 1); U = sat((((((sumX_B >> 1) - T) * 16121) >> 16) >> 1) + 128),
+// V with the R channel and 28737.
+struct PlanarPairBlock {
+    static int x(int c) { return (c * 257) >> 6; }
+    static int t(int r, int g, int b) { return hiU(x(r), 9798) + hiU(x(g), 19235) + hiU(x(b), 3736); }
+    static uint8_t y(int t) { return satU8(t >> 1); }
+    static uint8_t u(int sumB, int sumT) { return satU8((((((sumB >> 1) - sumT) * 16121) >> 16) >> 1) + 128); }
+    static uint8_t v(int sumR, int sumT) { return satU8((((((sumR >> 1) - sumT) * 28737) >> 16) >> 1) + 128); }
+
+    static V x(V c) { return srl<6>(_mm256_mullo_epi16(c, k16(257))); }
+    static V t(V r, V g, V b)
+    {
+        return _mm256_add_epi16(_mm256_add_epi16(hiU(x(r), 9798), hiU(x(g), 19235)), hiU(x(b), 3736));
+    }
+    static V y(V t) { return sra<1>(t); }
+    static V u(V sumB, V sumT) { return add(sra<1>(hiS(_mm256_sub_epi16(sra<1>(sumB), sumT), 16121)), 128); }
+    static V v(V sumR, V sumT) { return add(sra<1>(hiS(_mm256_sub_epi16(sra<1>(sumR), sumT), 28737)), 128); }
+};
+
+// 14-bit block with rounded products r(x, c) = (x * 128 * c + 16384) >> 15
+// (pmulhrsw on 128x): t = r(R, 4899) + r(G, 9617) + r(B, 1868), Y = sat(t >> 6).
+// The chroma difference d is 128 times (mean B - mean Y): sumB * 32 - (T >> 1)
+// over a square, sumB * 64 - T over a pair; U = sat((((d * 8061 + 16384) >> 15)
+// >> 6) + 128), V with sumR and 14369. Serves the interleaved 4:2:0 member
+// and the 4:2:2 member with planes out when every pointer and step is a
+// multiple of 16.
+template <int N>
+struct Rounded14Block {
+    static int r(int x, int c) { return (x * 128 * c + 16384) >> 15; }
+    static int t(int r_, int g, int b) { return r(r_, 4899) + r(g, 9617) + r(b, 1868); }
+    static int x(int c) { return c; }
+    static uint8_t y(int t) { return satU8(t >> 6); }
+    static int d(int sum, int sumT) { return N == 4 ? sum * 32 - (sumT >> 1) : sum * 64 - sumT; }
+    static uint8_t u(int sumB, int sumT) { return satU8((((d(sumB, sumT) * 8061 + 16384) >> 15) >> 6) + 128); }
+    static uint8_t v(int sumR, int sumT) { return satU8((((d(sumR, sumT) * 14369 + 16384) >> 15) >> 6) + 128); }
+
+    static V r(V x, int c) { return _mm256_mulhrs_epi16(shl<7>(x), k16(c)); }
+    static V t(V r_, V g, V b) { return _mm256_add_epi16(_mm256_add_epi16(r(r_, 4899), r(g, 9617)), r(b, 1868)); }
+    static V x(V c) { return c; }
+    static V y(V t) { return sra<6>(t); }
+    // A square's T reaches 65280: a logical shift reads it unsigned.
+    static V d(V sum, V sumT) { return N == 4 ? _mm256_sub_epi16(shl<5>(sum), srl<1>(sumT)) : _mm256_sub_epi16(shl<6>(sum), sumT); }
+    static V u(V sumB, V sumT) { return add(sra<6>(_mm256_mulhrs_epi16(d(sumB, sumT), k16(8061))), 128); }
+    static V v(V sumR, V sumT) { return add(sra<6>(_mm256_mulhrs_epi16(d(sumR, sumT), k16(14369))), 128); }
+};
+
+// ---------------------------------------------------------------------------
+// The forward row engine over K rows sharing one chroma row (1 for 4:2:2, 2
+// for 4:2:0). Inputs are the pixels8u.h layouts (get, load32), outputs the
+// subsampled layouts of the YCbCr family (putY, putC, store32), U and V in
+// the places of Cb and Cr.
+
+// The n pixels from i of each of the K rows by the scalar statements of F.
+template <class F, int K, class In, class Out>
+inline ycs::C2 fwdGroup(const std::array<In, K>& in, const Out& out, int i, int n)
+{
+    int sumT = 0, sumB = 0, sumR = 0;
+    for (int k = 0; k < K; ++k)
+        for (int h = 0; h < n; ++h) {
+            const Px p = in[k].get(i + h);
+            const int t = F::t(p[0], p[1], p[2]);
+            out.putY(k, i + h, F::y(t));
+            sumT += t;
+            sumB += F::x(p[2]);
+            sumR += F::x(p[0]);
+        }
+    return {F::u(sumB, sumT), F::v(sumR, sumT)};
+}
+
+// 32 pixels of each row by the lanes of F: 16 samples.
+template <class F, int K, class In, class Out>
+[[gnu::flatten]] inline void fwdBlock32(const std::array<In, K>& in, const Out& out, int i)
+{
+    __m256i ys[K];
+    Wide sumT{}, sumB{}, sumR{};
+    for (int k = 0; k < K; ++k) {
+        const Wide3 x = in[k].load32(i);
+        const Wide t{F::t(x.a.lo, x.b.lo, x.c.lo), F::t(x.a.hi, x.b.hi, x.c.hi)};
+        ys[k] = packBytes({F::y(t.lo), F::y(t.hi)});
+        const Wide b{F::x(x.c.lo), F::x(x.c.hi)}, r{F::x(x.a.lo), F::x(x.a.hi)};
+        if (k == 0) {
+            sumT = t;
+            sumB = b;
+            sumR = r;
+        } else {
+            auto acc = [](Wide& s, const Wide& a) {
+                s.lo = _mm256_add_epi16(s.lo, a.lo);
+                s.hi = _mm256_add_epi16(s.hi, a.hi);
+            };
+            acc(sumT, t);
+            acc(sumB, b);
+            acc(sumR, r);
+        }
+    }
+    const V T = pairSums(sumT);
+    const __m256i c = _mm256_packus_epi16(F::u(pairSums(sumB), T), F::v(pairSums(sumR), T));
+    out.store32(i, ys, _mm256_permute4x64_epi64(c, 0xD8));  // U 0-15 | V 0-15
+}
+
+// A lone last pixel has its own sample; packed pairs have room for its U only.
+template <int H, int K>
+inline void putLone(const ycs::PlanarSubOut<H, K>& out, int j, ycs::C2 c)
+{
+    out.putC(j, c);
+}
+template <ycs::Order422 O>
+inline void putLone(const ycs::PackedPairsOut<O>& out, int j, ycs::C2 c)
+{
+    out.p[4 * j + O.cb] = c.cb;
+}
+
+// One row (or row pair) of `width` pixels: Block over whole vectors of 32
+// pixels from the start (its scalar statements under the test switch),
+// Tail over the pairs after them (at most 15), Lone on a last odd pixel.
+template <class Block, class Tail, class Lone, int K, class In, class Out>
+void forwardRow(const std::array<In, K>& in, const Out& out, int width)
+{
+    const int end = width & ~31;
+    int i = 0;
+    if (g_scalarBlocks) {
+        for (; i < end; i += 2)
+            out.putC(i >> 1, fwdGroup<Block, K>(in, out, i, 2));
+    } else {
+        for (; i < end; i += 32)
+            fwdBlock32<Block, K>(in, out, i);
+    }
+    for (; i + 2 <= width; i += 2)
+        out.putC(i >> 1, fwdGroup<Tail, K>(in, out, i, 2));
+    if (i < width)
+        putLone(out, i >> 1, fwdGroup<Lone, K>(in, out, i, 1));
+}
+
+// Row makers for the outputs: Y, U and V planes with one step each, and
+// packed Y0 U Y1 V rows.
+struct YuvPlanesOut {
+    uint8_t* const* planes;
+    const int* steps;
+    ycs::PlanarSubOut<2, 1> row(int y) const
+    {
+        return {{rowAt(planes[0], steps[0], y)}, rowAt(planes[1], steps[1], y), rowAt(planes[2], steps[2], y)};
+    }
+    ycs::PlanarSubOut<2, 2> rowPair(int j) const
+    {
+        return {{rowAt(planes[0], steps[0], 2 * j), rowAt(planes[0], steps[0], 2 * j + 1)},
+                rowAt(planes[1], steps[1], j), rowAt(planes[2], steps[2], j)};
+    }
+};
+struct YuyvRowsOut {
+    uint8_t* base;
+    int step;
+    ycs::PackedPairsOut<ycs::kOrderYCbCr> row(int y) const { return {rowAt(base, step, y)}; }
+};
+
+template <class Block, class Tail, class InRows, class OutRows>
+void forward422(const InRows& in, const OutRows& out, RoiSize roi)
+{
+    for (int y = 0; y < roi.height; ++y)
+        forwardRow<Block, Tail, LonePixel, 1>(std::array{in(y)}, out.row(y), roi.width);
+}
+
+// 4:2:0: whole squares only; a last odd column or row stays unwritten.
+template <class Block, class Tail, class InRows>
+OrvStatus forward420(const InRows& in, const YuvPlanesOut& out, RoiSize roi)
+{
+    for (int j = 0; j < roi.height >> 1; ++j)
+        forwardRow<Block, Tail, Tail, 2>(std::array{in(2 * j), in(2 * j + 1)}, out.rowPair(j), roi.width & ~1);
+    return ((roi.width | roi.height) & 1) ? orvStatusOddSize : orvStatusOk;
+}
+
+// Whether every pointer and step of an interleaved-to-planes call is a
+// multiple of 16.
+inline bool aligned16(const void* src, int srcStep, uint8_t* const* dst, const int* dstStep)
+{
+    uintptr_t bits = uintptr_t(src) | uintptr_t(srcStep);
+    for (int k = 0; k < 3; ++k)
+        bits |= uintptr_t(dst[k]) | uintptr_t(dstStep[k]);
+    return (bits & 15) == 0;
+}
 
 // RGB source rows: pixel i of a row as R, G, B; load16 gives pixels
 // i .. i + 15 of each channel as 32-bit lanes (pixels 0-7, then 8-15).
@@ -478,7 +740,7 @@ OrvStatus squares420(const Src& src, uint8_t* const dst[3], const int dstStep[3]
             for (int dy = 0; dy < 2; ++dy)
                 for (int dx = 0; dx < 2; ++dx) {
                     const Px p = src.at(2 * j + dy, 2 * k + dx);
-                    const int s = Square16::s(p[0], p[1], p[2]);
+                    const int s = Square16::t(p[0], p[1], p[2]);
                     (dy ? y1 : y0)[2 * k + dx] = uint8_t(s >> 16);
                     sumS += s;
                     sumB += p[2];
@@ -528,4 +790,93 @@ ORV_FRONT(orviBGRToYUV420_8u_AC4P3R)(const Orv8u* pSrc, int srcStep, Orv8u* pDst
     if (OrvStatus st = checkToYuv(pSrc, pDst, roiSize, nullptr, pDst))
         return st;
     return squares420(BgraRows{pSrc, srcStep}, pDst, dstStep, roiSize);
+}
+
+// ---- RGB to YUV 4:2:2 -------------------------------------------------------
+// Pairs in blocks of 32 pixels, the pairs after them by 16 fraction bits, a
+// lone last pixel of an odd width by its own form. Planes out take the
+// 14-bit block when every pointer and step is a multiple of 16, else the
+// two-truncation block; the tight whole image of even width and 256 pixels
+// or more is one long row.
+namespace h9 {
+namespace {
+void rgbTo422Planes(const Orv8u* pSrc, int srcStep, Orv8u* const pDst[3], const int dstStep[3], RoiSize roi)
+{
+    const PackedRowsIn<3> in{pSrc, srcStep};
+    const YuvPlanesOut out{pDst, dstStep};
+    if (aligned16(pSrc, srcStep, pDst, dstStep))
+        forward422<Rounded14Block<2>, PairPlanesTail>(in, out, roi);
+    else
+        forward422<PairBlock<0>, PairPlanesTail>(in, out, roi);
+}
+}  // namespace
+}  // namespace h9
+
+ORV_FRONT(orviRGBToYUV422_8u_C3P3R)(const Orv8u* pSrc, int srcStep, Orv8u* pDst[3], int dstStep[3], RoiSize roiSize)
+{
+    if (OrvStatus st = checkToYuv(pSrc, pDst, roiSize, nullptr, pDst))
+        return st;
+    rgbTo422Planes(pSrc, srcStep, pDst, dstStep, roiSize);
+    return orvStatusOk;
+}
+
+ORV_FRONT(orviRGBToYUV422_8u_C3P3)(const Orv8u* pSrc, Orv8u* pDst[3], RoiSize roiSize)
+{
+    if (OrvStatus st = checkToYuv(pSrc, pDst, roiSize, nullptr, pDst))
+        return st;
+    const Tight t = tight422(roiSize);
+    const int steps[3] = {t.luma, t.chroma, t.chroma};
+    rgbTo422Planes(pSrc, t.rgb, pDst, steps, {t.width, t.rows});
+    return orvStatusOk;
+}
+
+ORV_FRONT(orviRGBToYUV422_8u_P3R)(const Orv8u* const pSrc[3], int srcStep, Orv8u* pDst[3], int dstStep[3],
+                                  RoiSize roiSize)
+{
+    if (OrvStatus st = checkToYuv(pSrc, pDst, roiSize, pSrc, pDst))
+        return st;
+    forward422<PlanarPairBlock, PairPlanesTail>(PlaneRowsIn{pSrc, srcStep}, YuvPlanesOut{pDst, dstStep}, roiSize);
+    return orvStatusOk;
+}
+
+ORV_FRONT(orviRGBToYUV422_8u_P3)(const Orv8u* const pSrc[3], Orv8u* pDst[3], RoiSize roiSize)
+{
+    if (OrvStatus st = checkToYuv(pSrc, pDst, roiSize, pSrc, pDst))
+        return st;
+    const Tight t = tight422(roiSize);
+    const int steps[3] = {t.luma, t.chroma, t.chroma};
+    forward422<PlanarPairBlock, PairPlanesTail>(PlaneRowsIn{pSrc, t.rgbPlane}, YuvPlanesOut{pDst, steps},
+                                                {t.width, t.rows});
+    return orvStatusOk;
+}
+
+// Packed Y0 U Y1 V: the block rounds luma and the pair's mean luma by one
+// half, the tail by 32768 throughout; a lone last pixel writes its Y and U.
+ORV_FRONT(orviRGBToYUV422_8u_C3C2R)(const Orv8u* pSrc, int srcStep, Orv8u* pDst, int dstStep, RoiSize roiSize)
+{
+    if (OrvStatus st = checkRect(pSrc, pDst, roiSize))
+        return st;
+    forward422<PairBlock<1>, PairPackedTail>(PackedRowsIn<3>{pSrc, srcStep}, YuyvRowsOut{pDst, dstStep}, roiSize);
+    return orvStatusOk;
+}
+
+// ---- RGB to YUV 4:2:0, interleaved source -------------------------------------
+// Squares in blocks of 32 columns by the 14-bit rounded products, the
+// squares after them by 14 fraction bits. The same forms serve aligned and
+// unaligned arguments, so the output does not depend on alignment.
+ORV_FRONT(orviRGBToYUV420_8u_C3P3R)(const Orv8u* pSrc, int srcStep, Orv8u* pDst[3], int dstStep[3], RoiSize roiSize)
+{
+    if (OrvStatus st = checkToYuv(pSrc, pDst, roiSize, nullptr, pDst))
+        return st;
+    return forward420<Rounded14Block<4>, Square14>(PackedRowsIn<3>{pSrc, srcStep}, YuvPlanesOut{pDst, dstStep},
+                                                   roiSize);
+}
+
+ORV_FRONT(orviRGBToYUV420_8u_C3P3)(const Orv8u* pSrc, Orv8u* pDst[3], RoiSize roiSize)
+{
+    if (OrvStatus st = checkToYuv(pSrc, pDst, roiSize, nullptr, pDst))
+        return st;
+    const int steps[3] = {roiSize.width, roiSize.width >> 1, roiSize.width >> 1};
+    return forward420<Rounded14Block<4>, Square14>(PackedRowsIn<3>{pSrc, 3 * roiSize.width},
+                                                   YuvPlanesOut{pDst, steps}, roiSize);
 }

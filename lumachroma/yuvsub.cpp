@@ -14,6 +14,7 @@
 
 #include <array>
 #include <cstdint>
+#include <type_traits>
 
 #include "frame/checks.h"
 #include "frame/fronts.h"
@@ -54,6 +55,22 @@ struct FormSixteen {
         return {sra<4>(addsS(addsS(y16, hiS(v128, 9338)), 8)),
                 sra<4>(addsS(addsS(addsS(y16, hiS(v128, -4759)), hiS(u128, -3227)), 8)),
                 sra<4>(addsS(addsS(y16, hiS(u128, 16646)), 8))};
+    }
+
+    // The same in two steps, so that the chroma terms are computed once per
+    // sample rather than once per pixel: 16y lies in 0 .. 4080 and the
+    // chroma terms within -4200 .. 4200, so no sum comes near the 16-bit
+    // limits, the saturating adds add exactly, and the terms may be grouped.
+    static V3 chroma(V u, V v)
+    {
+        const V u128 = shl<7>(sub(u, 128)), v128 = shl<7>(sub(v, 128));
+        return {add(hiS(v128, 9338), 8), add(_mm256_add_epi16(hiS(v128, -4759), hiS(u128, -3227)), 8),
+                add(hiS(u128, 16646), 8)};
+    }
+    static V3 withLuma(V y, V cr, V cg, V cb)
+    {
+        const V y16 = shl<4>(y);
+        return {sra<4>(_mm256_add_epi16(y16, cr)), sra<4>(_mm256_add_epi16(y16, cg)), sra<4>(_mm256_add_epi16(y16, cb))};
     }
 };
 
@@ -128,12 +145,14 @@ struct YuyvIn {
 // ---------------------------------------------------------------------------
 // One row of `width` pixels: Block over whole vectors of 32 from the start
 // (or its scalar form under the test switch), Tail over the pairs after
-// them, Lone on a last odd pixel.
+// them, Lone on a last odd pixel. `from`: pixels before it are done.
+inline int blockEnd(int width) { return width & ~31; }
+
 template <class Block, class Tail, class Lone, class In, class Out>
-void subsampledRow(const In& in, const Out& out, int width)
+void subsampledRow(const In& in, const Out& out, int width, int from = 0)
 {
-    const int end = width & ~31;
-    int i = 0;
+    const int end = blockEnd(width);
+    int i = from;
     if (g_scalarBlocks) {
         for (; i < end; ++i) {
             const Px s = in.get(i);
@@ -185,19 +204,91 @@ struct YuvPlaneRows {
     }
 };
 
+// Blocks of forms whose chroma terms separate from the luma (chroma,
+// withLuma) into four-byte pixels with 0 in the fourth byte: the terms are
+// computed once for the 16 samples and serve the K luma rows that share
+// them. The lanes run in a "quad" order that makes the final interleave
+// lane-local: of 32 pixels, 128-bit lane 0 holds pixels 0-3, 8-11, 16-19,
+// 24-27 and lane 1 pixels 4-7, 12-15, 20-23, 28-31, which one dword
+// permutation of the loaded bytes (and of the chroma pairs) sets up.
+template <class Form, class Out>
+constexpr bool kSplitBlocks = requires { Form::chroma; } && std::is_same_v<Out, PackedOut<4, false, Alpha::Value>> ||
+                              requires { Form::chroma; } && std::is_same_v<Out, PackedOut<4, false, Alpha::ZeroInBlocks>>;
+
+inline __m256i quadOrder(__m256i x) { return _mm256_permutevar8x32_epi32(x, _mm256_setr_epi32(0, 2, 4, 6, 1, 3, 5, 7)); }
+
+// Bytes of R, G and B of 32 pixels in quad order to 128 bytes R G B 0.
+inline void storeQuads0(uint8_t* d, __m256i r, __m256i g, __m256i b)
+{
+    const __m256i z = _mm256_setzero_si256();
+    const __m256i rgLo = _mm256_unpacklo_epi8(r, g), rgHi = _mm256_unpackhi_epi8(r, g);
+    const __m256i b0Lo = _mm256_unpacklo_epi8(b, z), b0Hi = _mm256_unpackhi_epi8(b, z);
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), _mm256_unpacklo_epi16(rgLo, b0Lo));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 32), _mm256_unpackhi_epi16(rgLo, b0Lo));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 64), _mm256_unpacklo_epi16(rgHi, b0Hi));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 96), _mm256_unpackhi_epi16(rgHi, b0Hi));
+}
+
+template <class Form, int K>
+[[gnu::flatten]] inline void splitBlock32(const uint8_t* const (&y)[K], const uint8_t* u, const uint8_t* v,
+                                          uint8_t* const (&d)[K], int i)
+{
+    auto samples = [&](const uint8_t* c) {
+        return quadOrder(_mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(c + i / 2))));
+    };
+    const V3 c = Form::chroma(samples(u), samples(v));
+    // Each term twice, once for each pixel of its pair.
+    const Wide cr{_mm256_unpacklo_epi16(c.a, c.a), _mm256_unpackhi_epi16(c.a, c.a)};
+    const Wide cg{_mm256_unpacklo_epi16(c.b, c.b), _mm256_unpackhi_epi16(c.b, c.b)};
+    const Wide cb{_mm256_unpacklo_epi16(c.c, c.c), _mm256_unpackhi_epi16(c.c, c.c)};
+    for (int k = 0; k < K; ++k) {
+        const Wide yw = widen(quadOrder(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(y[k] + i))));
+        const V3 lo = Form::withLuma(yw.lo, cr.lo, cg.lo, cb.lo);
+        const V3 hi = Form::withLuma(yw.hi, cr.hi, cg.hi, cb.hi);
+        storeQuads0(d[k] + 4 * i, packBytes({lo.a, hi.a}), packBytes({lo.b, hi.b}), packBytes({lo.c, hi.c}));
+    }
+}
+
+// The K rows' block parts by splitBlock32; returns where they end.
+template <class Block, int K, class Out>
+int splitBlocks(const HalfPlanesIn (&in)[K], const Out (&out)[K], int width)
+{
+    if (g_scalarBlocks || out[0].alpha != 0)
+        return 0;
+    const uint8_t* y[K];
+    uint8_t* d[K];
+    for (int k = 0; k < K; ++k) {
+        y[k] = in[k].y;
+        d[k] = out[k].p;
+    }
+    const int end = blockEnd(width);
+    for (int i = 0; i < end; i += 32)
+        splitBlock32<Block, K>(y, in[0].u, in[0].v, d, i);
+    return end;
+}
+
 template <class Block, class Tail, class Lone, class Out>
 void rows422(const YuvPlaneRows& in, const OutRows<Out>& out, RoiSize roi)
 {
-    for (int y = 0; y < roi.height; ++y)
-        subsampledRow<Block, Tail, Lone>(in(y, y), out(y), roi.width);
+    for (int y = 0; y < roi.height; ++y) {
+        int from = 0;
+        if constexpr (kSplitBlocks<Block, Out>)
+            from = splitBlocks<Block, 1>({in(y, y)}, {out(y)}, roi.width);
+        subsampledRow<Block, Tail, Lone>(in(y, y), out(y), roi.width, from);
+    }
 }
 
 template <class Block, class Tail, class Out>
 OrvStatus rows420(const YuvPlaneRows& in, const OutRows<Out>& out, RoiSize roi)
 {
-    for (int j = 0; j < roi.height >> 1; ++j)
+    const int width = roi.width & ~1;
+    for (int j = 0; j < roi.height >> 1; ++j) {
+        int from = 0;
+        if constexpr (kSplitBlocks<Block, Out>)
+            from = splitBlocks<Block, 2>({in(2 * j, j), in(2 * j + 1, j)}, {out(2 * j), out(2 * j + 1)}, width);
         for (int y = 2 * j; y < 2 * j + 2; ++y)
-            subsampledRow<Block, Tail, Tail>(in(y, j), out(y), roi.width & ~1);
+            subsampledRow<Block, Tail, Tail>(in(y, j), out(y), width, from);
+    }
     return ((roi.width | roi.height) & 1) ? orvStatusOddSize : orvStatusOk;
 }
 

@@ -209,13 +209,35 @@ struct YuvPlaneRows {
 // computed once for the 16 samples and serve the K luma rows that share
 // them. The lanes run in a "quad" order that makes the final interleave
 // lane-local: of 32 pixels, 128-bit lane 0 holds pixels 0-3, 8-11, 16-19,
-// 24-27 and lane 1 pixels 4-7, 12-15, 20-23, 28-31, which one dword
-// permutation of the loaded bytes (and of the chroma pairs) sets up.
+// 24-27 and lane 1 pixels 4-7, 12-15, 20-23, 28-31: 16 loaded bytes,
+// in both lanes, widened to words by one byte shuffle per lane.
 template <class Form, class Out>
-constexpr bool kSplitBlocks = requires { Form::chroma; } && std::is_same_v<Out, PackedOut<4, false, Alpha::Value>> ||
-                              requires { Form::chroma; } && std::is_same_v<Out, PackedOut<4, false, Alpha::ZeroInBlocks>>;
+constexpr bool kSplitBlocks = requires { Form::chroma; } && (std::is_same_v<Out, PackedOut<4, false, Alpha::Value>> ||
+                                                              std::is_same_v<Out, PackedOut<4, false, Alpha::ZeroInBlocks>>);
 
-inline __m256i quadOrder(__m256i x) { return _mm256_permutevar8x32_epi32(x, _mm256_setr_epi32(0, 2, 4, 6, 1, 3, 5, 7)); }
+// The 16 bytes at p in both lanes, eight of them widened to words in each
+// lane as the mask picks them.
+inline __m256i widenQuads(const uint8_t* p, const std::array<int8_t, 32>& mask)
+{
+    const __m256i m = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(mask.data()));
+    return _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))), m);
+}
+// pshufb mask: lane 0 widens bytes a[0..7], lane 1 bytes b[0..7].
+constexpr std::array<int8_t, 32> quadMask(std::array<int, 8> a, std::array<int, 8> b)
+{
+    std::array<int8_t, 32> m{};
+    for (int k = 0; k < 8; ++k) {
+        m[2 * k] = int8_t(a[k]);
+        m[16 + 2 * k] = int8_t(b[k]);
+        m[2 * k + 1] = m[16 + 2 * k + 1] = -128;
+    }
+    return m;
+}
+// Luma: pixels 0-3, 8-11 | 4-7, 12-15 of 16. Chroma: the samples of pairs
+// 0, 1, 4, 5, 8, 9, 12, 13 | 2, 3, 6, 7, 10, 11, 14, 15, each of which
+// covers two pixels once repeated.
+inline constexpr auto kLumaQuads = quadMask({0, 1, 2, 3, 8, 9, 10, 11}, {4, 5, 6, 7, 12, 13, 14, 15});
+inline constexpr auto kChromaQuads = quadMask({0, 1, 4, 5, 8, 9, 12, 13}, {2, 3, 6, 7, 10, 11, 14, 15});
 
 // Bytes of R, G and B of 32 pixels in quad order to 128 bytes R G B 0.
 inline void storeQuads0(uint8_t* d, __m256i r, __m256i g, __m256i b)
@@ -233,16 +255,13 @@ template <class Form, int K>
 [[gnu::flatten]] inline void splitBlock32(const uint8_t* const (&y)[K], const uint8_t* u, const uint8_t* v,
                                           uint8_t* const (&d)[K], int i)
 {
-    auto samples = [&](const uint8_t* c) {
-        return quadOrder(_mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(c + i / 2))));
-    };
-    const V3 c = Form::chroma(samples(u), samples(v));
+    const V3 c = Form::chroma(widenQuads(u + i / 2, kChromaQuads), widenQuads(v + i / 2, kChromaQuads));
     // Each term twice, once for each pixel of its pair.
     const Wide cr{_mm256_unpacklo_epi16(c.a, c.a), _mm256_unpackhi_epi16(c.a, c.a)};
     const Wide cg{_mm256_unpacklo_epi16(c.b, c.b), _mm256_unpackhi_epi16(c.b, c.b)};
     const Wide cb{_mm256_unpacklo_epi16(c.c, c.c), _mm256_unpackhi_epi16(c.c, c.c)};
     for (int k = 0; k < K; ++k) {
-        const Wide yw = widen(quadOrder(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(y[k] + i))));
+        const Wide yw{widenQuads(y[k] + i, kLumaQuads), widenQuads(y[k] + i + 16, kLumaQuads)};
         const V3 lo = Form::withLuma(yw.lo, cr.lo, cg.lo, cb.lo);
         const V3 hi = Form::withLuma(yw.hi, cr.hi, cg.hi, cb.hi);
         storeQuads0(d[k] + 4 * i, packBytes({lo.a, hi.a}), packBytes({lo.b, hi.b}), packBytes({lo.c, hi.c}));

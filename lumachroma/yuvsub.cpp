@@ -753,8 +753,10 @@ inline bool aligned16(const void* src, int srcStep, uint8_t* const* dst, const i
     return (bits & 15) == 0;
 }
 
-// RGB source rows: pixel i of a row as R, G, B; load16 gives pixels
-// i .. i + 15 of each channel as 32-bit lanes (pixels 0-7, then 8-15).
+// RGB source rows: pixel i of a row as R, G, B (at), and for pixels i ..
+// i + 15 in two vectors of eight 32-bit lanes (pixels 0-7, then 8-15) each
+// pixel's s = 19595 R + 38470 G + 7471 B and the word pair B | R << 16
+// (terms16).
 struct RgbPlanesRows {
     const uint8_t* const* planes;
     int step;
@@ -762,16 +764,24 @@ struct RgbPlanesRows {
     {
         return {rowAt(planes[0], step, y)[i], rowAt(planes[1], step, y)[i], rowAt(planes[2], step, y)[i]};
     }
-    void load16(int y, int i, __m256i (&c)[3][2]) const
+    void terms16(int y, int i, __m256i (&s)[2], __m256i (&br)[2]) const
     {
-        for (int k = 0; k < 3; ++k) {
-            const uint8_t* p = rowAt(planes[k], step, y) + i;
-            c[k][0] = _mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)));
-            c[k][1] = _mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + 8)));
+        for (int h = 0; h < 2; ++h) {
+            __m256i c[3];
+            for (int k = 0; k < 3; ++k)
+                c[k] = _mm256_cvtepu8_epi32(
+                    _mm_loadl_epi64(reinterpret_cast<const __m128i*>(rowAt(planes[k], step, y) + i + 8 * h)));
+            s[h] = _mm256_add_epi32(_mm256_add_epi32(_mm256_mullo_epi32(c[0], _mm256_set1_epi32(19595)),
+                                                     _mm256_mullo_epi32(c[1], _mm256_set1_epi32(38470))),
+                                    _mm256_mullo_epi32(c[2], _mm256_set1_epi32(7471)));
+            br[h] = _mm256_or_si256(c[2], _mm256_slli_epi32(c[0], 16));
         }
     }
 };
-// Four-byte pixels with R at byte 2 and B at byte 0.
+// Four-byte pixels B, G, R and a byte not read. The words of a pixel are
+// B | R << 16 (a mask) and G | A << 16 (a shift of each word); two
+// multiply-adds give 7471 B + 19595 R and 19235 G + 0 A, and 38470 G is
+// twice the latter.
 struct BgraRows {
     const uint8_t* base;
     int step;
@@ -780,49 +790,57 @@ struct BgraRows {
         const uint8_t* p = rowAt(base, step, y) + 4 * i;
         return {p[2], p[1], p[0]};
     }
-    void load16(int y, int i, __m256i (&c)[3][2]) const
+    void terms16(int y, int i, __m256i (&s)[2], __m256i (&br)[2]) const
     {
         const uint8_t* p = rowAt(base, step, y) + 4 * i;
-        const __m256i m = _mm256_set1_epi32(0xff);
         for (int h = 0; h < 2; ++h) {
             const __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 32 * h));
-            c[0][h] = _mm256_and_si256(_mm256_srli_epi32(v, 16), m);
-            c[1][h] = _mm256_and_si256(_mm256_srli_epi32(v, 8), m);
-            c[2][h] = _mm256_and_si256(v, m);
+            br[h] = _mm256_and_si256(v, _mm256_set1_epi32(0x00FF00FF));
+            const __m256i ga = _mm256_srli_epi16(v, 8);
+            s[h] = _mm256_add_epi32(_mm256_madd_epi16(br[h], _mm256_set1_epi32((19595 << 16) | 7471)),
+                                    _mm256_slli_epi32(_mm256_madd_epi16(ga, _mm256_set1_epi32(19235)), 1));
         }
     }
 };
 
 // Eight squares (pixels 2k .. 2k + 15 of both rows of pair j) by the same
-// sums on 32-bit lanes. hadd leaves the pair sums in the order 0 1 4 5 2 3
-// 6 7, which one permutation undoes before the packs. U never leaves
-// 17..239, so the saturating pack keeps its low byte; V is clamped by it.
+// sums on 32-bit lanes. The two rows are added first; a pixel pair's sum
+// then lands in the even lane of each 64-bit half, and interleaving the
+// even lanes of both vectors gives the squares in the order 0 4 1 5 | 2 6
+// 3 7, which one permutation undoes. The B and R sums (at most 1020) add
+// as words within a 32-bit lane without carrying into each other. U never
+// leaves 17..239, so the saturating pack keeps its low byte; V is clamped
+// by it.
 template <class Src>
 void squares8(const Src& src, int j, int k, uint8_t* y0, uint8_t* y1, uint8_t* u, uint8_t* v)
 {
-    __m256i sumS = _mm256_setzero_si256(), sumB = sumS, sumR = sumS;
+    __m256i sumS[2], sumBR[2], yw[2];
     for (int dy = 0; dy < 2; ++dy) {
-        __m256i c[3][2];
-        src.load16(2 * j + dy, 2 * k, c);
-        __m256i s[2];
-        for (int h = 0; h < 2; ++h)
-            s[h] = _mm256_add_epi32(_mm256_add_epi32(_mm256_mullo_epi32(c[0][h], _mm256_set1_epi32(19595)),
-                                                     _mm256_mullo_epi32(c[1][h], _mm256_set1_epi32(38470))),
-                                    _mm256_mullo_epi32(c[2][h], _mm256_set1_epi32(7471)));
-        const __m256i yw = _mm256_permute4x64_epi64(
-            _mm256_packs_epi32(_mm256_srai_epi32(s[0], 16), _mm256_srai_epi32(s[1], 16)), 0xD8);
-        const __m256i yb = _mm256_permute4x64_epi64(_mm256_packus_epi16(yw, yw), 0x08);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>((dy ? y1 : y0) + 2 * k), _mm256_castsi256_si128(yb));
-        sumS = _mm256_add_epi32(sumS, _mm256_hadd_epi32(s[0], s[1]));
-        sumB = _mm256_add_epi32(sumB, _mm256_hadd_epi32(c[2][0], c[2][1]));
-        sumR = _mm256_add_epi32(sumR, _mm256_hadd_epi32(c[0][0], c[0][1]));
+        __m256i s[2], br[2];
+        src.terms16(2 * j + dy, 2 * k, s, br);
+        // Y = s >> 16 never exceeds 255; words of pixels 0-3, 8-11 | 4-7, 12-15.
+        yw[dy] = _mm256_packus_epi32(_mm256_srli_epi32(s[0], 16), _mm256_srli_epi32(s[1], 16));
+        for (int h = 0; h < 2; ++h) {
+            sumS[h] = dy ? _mm256_add_epi32(sumS[h], s[h]) : s[h];
+            sumBR[h] = dy ? _mm256_add_epi32(sumBR[h], br[h]) : br[h];
+        }
     }
+    const __m256i yb = _mm256_permutevar8x32_epi32(_mm256_packus_epi16(yw[0], yw[1]),
+                                                   _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(y0 + 2 * k), _mm256_castsi256_si128(yb));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(y1 + 2 * k), _mm256_extracti128_si256(yb, 1));
+    auto squares = [](const __m256i (&x)[2]) {
+        auto pairs = [](__m256i a) { return _mm256_add_epi32(a, _mm256_srli_epi64(a, 32)); };
+        return _mm256_blend_epi32(pairs(x[0]), _mm256_slli_epi64(pairs(x[1]), 32), 0xAA);
+    };
+    const __m256i S = squares(sumS), BR = squares(sumBR);
+    const __m256i sumB = _mm256_and_si256(BR, _mm256_set1_epi32(0xFFFF)), sumR = _mm256_srli_epi32(BR, 16);
     auto chroma = [&](__m256i sum, int w) {
         const __m256i d = _mm256_srai_epi32(
-            _mm256_add_epi32(_mm256_sub_epi32(_mm256_slli_epi32(sum, 16), sumS), _mm256_set1_epi32(0x1FFFF)), 16);
+            _mm256_add_epi32(_mm256_sub_epi32(_mm256_slli_epi32(sum, 16), S), _mm256_set1_epi32(0x1FFFF)), 16);
         const __m256i c = _mm256_add_epi32(_mm256_srai_epi32(_mm256_mullo_epi32(d, _mm256_set1_epi32(w)), 18),
                                            _mm256_set1_epi32(128));
-        return _mm256_permutevar8x32_epi32(c, _mm256_setr_epi32(0, 1, 4, 5, 2, 3, 6, 7));
+        return _mm256_permutevar8x32_epi32(c, _mm256_setr_epi32(0, 2, 4, 6, 1, 3, 5, 7));
     };
     const __m256i w = _mm256_packs_epi32(chroma(sumB, 32244), chroma(sumR, 57475));  // u0-3 v0-3 | u4-7 v4-7
     const __m256i b = _mm256_packus_epi16(w, w);

@@ -61,9 +61,31 @@ const std::vector<Sub>& members()
     return all;
 }
 
-// The images of one call: source planes (or the packed row) and the RGB side.
-struct Frame {
+// The guarded images of one call, source and destination side.
+struct Images {
     std::vector<std::unique_ptr<GuardedImage>> src, dst;
+
+    Bytes pixels() const
+    {
+        Bytes v;
+        for (auto& d : dst) {
+            const Bytes p = d->pixels();
+            v.insert(v.end(), p.begin(), p.end());
+        }
+        return v;
+    }
+    bool guardsIntact() const
+    {
+        for (auto* list : {&src, &dst})
+            for (auto& i : *list)
+                if (!i->guardsIntact())
+                    return false;
+        return true;
+    }
+};
+
+// The images of one call: source planes (or the packed row) and the RGB side.
+struct Frame : Images {
     std::vector<const uint8_t*> sp;
     std::vector<uint8_t*> dp;
     int steps[3] = {};
@@ -94,23 +116,6 @@ struct Frame {
             dp.push_back(d->data());
     }
     OrvStatus run(const Sub& m, RoiSize r) { return m.call(sp.data(), steps, dp.data(), dst[0]->step(), r); }
-    Bytes pixels() const
-    {
-        Bytes v;
-        for (auto& d : dst) {
-            const Bytes p = d->pixels();
-            v.insert(v.end(), p.begin(), p.end());
-        }
-        return v;
-    }
-    bool guardsIntact() const
-    {
-        for (auto* list : {&src, &dst})
-            for (auto& i : *list)
-                if (!i->guardsIntact())
-                    return false;
-        return true;
-    }
 };
 
 TEST(YuvSub, VectorPathsMatchScalarForms)
@@ -413,8 +418,7 @@ const Fwd& forwardMember(const std::string& name)
 // multiple of 16 (the images are placed so that their last byte ends a
 // 16-byte unit below the guard page), which selects the kernels for aligned
 // arguments where a member has them.
-struct FwdFrame {
-    std::vector<std::unique_ptr<GuardedImage>> src, dst;
+struct FwdFrame : Images {
     std::vector<const uint8_t*> sp;
     std::vector<uint8_t*> dp;
     int dstSteps[3] = {};
@@ -454,23 +458,6 @@ struct FwdFrame {
         }
     }
     OrvStatus run(const Fwd& m, RoiSize r) { return m.call(sp.data(), src[0]->step(), dp.data(), dstSteps, r); }
-    Bytes pixels() const
-    {
-        Bytes v;
-        for (auto& d : dst) {
-            const Bytes p = d->pixels();
-            v.insert(v.end(), p.begin(), p.end());
-        }
-        return v;
-    }
-    bool guardsIntact() const
-    {
-        for (auto* list : {&src, &dst})
-            for (auto& i : *list)
-                if (!i->guardsIntact())
-                    return false;
-        return true;
-    }
 };
 
 // Vector paths against the scalar forms over the standard sweep, with the

@@ -1,6 +1,7 @@
 // Subsampled YUV throughput, one thread, 1920x1080: every member as vector
 // path and scalar form, beside libyuv (I420 and I422 to RGB bytes, YUY2 to
-// ARGB, ARGB to I420) and OpenCV's cvtColor (I420 and YUY2 to RGB).
+// ARGB, ARGB and RAW to I420) and OpenCV's cvtColor (I420 and YUY2 to RGB,
+// RGB to I420).
 #include "bench_util.h"
 
 #ifdef ORVCC_HAVE_OPENCV
@@ -107,6 +108,58 @@ void registerYuvSub()
         return orviBGRToYUV420_8u_AC4P3R(s, ss, p, st, r);
     });
 
+    // RGB to 4:2:2 and 4:2:0. The buffers are aligned, so the interleaved
+    // 4:2:2 member takes its kernel for aligned arguments; one byte off the
+    // destination start gives the other.
+    auto to422 = [](uint8_t* d, RoiSize r, uint8_t* planes[3], int steps[3], int offset) {
+        const Yuv y(d, r, false);
+        for (int k = 0; k < 3; ++k) {
+            planes[k] = const_cast<uint8_t*>(y.planes[k]) + offset;
+            steps[k] = y.steps[k];
+        }
+    };
+    registerConversion("RGBToYUV422_8u_P3R", 3, 2, [=](uint8_t* s, int, uint8_t* d, int, RoiSize r) {
+        uint8_t* p[3];
+        int st[3];
+        to422(d, r, p, st, 0);
+        return orviRGBToYUV422_8u_P3R(RgbPlanes(s, r).p, r.width, p, st, r);
+    });
+    registerConversion("RGBToYUV422_8u_P3", 3, 2, [=](uint8_t* s, int, uint8_t* d, int, RoiSize r) {
+        uint8_t* p[3];
+        int st[3];
+        to422(d, r, p, st, 0);
+        return orviRGBToYUV422_8u_P3(RgbPlanes(s, r).p, p, r);
+    });
+    for (int offset : {0, 1})
+        registerConversion(offset ? "RGBToYUV422_8u_C3P3R(unaligned)" : "RGBToYUV422_8u_C3P3R", 3, 2,
+                           [=](uint8_t* s, int ss, uint8_t* d, int, RoiSize r) {
+                               uint8_t* p[3];
+                               int st[3];
+                               to422(d, r, p, st, offset);
+                               return orviRGBToYUV422_8u_C3P3R(s, ss, p, st, r);
+                           });
+    registerConversion("RGBToYUV422_8u_C3P3", 3, 2, [=](uint8_t* s, int, uint8_t* d, int, RoiSize r) {
+        uint8_t* p[3];
+        int st[3];
+        to422(d, r, p, st, 0);
+        return orviRGBToYUV422_8u_C3P3(s, p, r);
+    });
+    registerConversion("RGBToYUV422_8u_C3C2R", 3, 2, [](uint8_t* s, int ss, uint8_t* d, int ds, RoiSize r) {
+        return orviRGBToYUV422_8u_C3C2R(s, ss, d, ds, r);
+    });
+    registerConversion("RGBToYUV420_8u_C3P3R", 3, 2, [=](uint8_t* s, int ss, uint8_t* d, int, RoiSize r) {
+        uint8_t* p[3];
+        int st[3];
+        toYuv(d, r, p, st);
+        return orviRGBToYUV420_8u_C3P3R(s, ss, p, st, r);
+    });
+    registerConversion("RGBToYUV420_8u_C3P3", 3, 2, [=](uint8_t* s, int, uint8_t* d, int, RoiSize r) {
+        uint8_t* p[3];
+        int st[3];
+        toYuv(d, r, p, st);
+        return orviRGBToYUV420_8u_C3P3(s, p, r);
+    });
+
     const RoiSize frame{kWidth, kHeight};
 #ifdef ORVCC_HAVE_LIBYUV
     auto yuv = [frame](const char* name, bool is420, int dstBytes, auto f) {
@@ -135,6 +188,16 @@ void registerYuvSub()
             benchmark::ClobberMemory();
         }
     });
+    registerPeer("RGBToYUV420_8u_C3P3R/libyuv", [frame](benchmark::State& state) {
+        Buffer src(std::size_t(kWidth) * kHeight * 3), dst(std::size_t(kWidth) * kHeight * 2);
+        const Yuv y(dst.data(), frame, true);
+        for (auto _ : state) {
+            libyuv::RAWToI420(src.data(), kWidth * 3, const_cast<uint8_t*>(y.planes[0]), y.steps[0],
+                              const_cast<uint8_t*>(y.planes[1]), y.steps[1], const_cast<uint8_t*>(y.planes[2]),
+                              y.steps[2], kWidth, kHeight);
+            benchmark::ClobberMemory();
+        }
+    });
     registerPeer("YUV422ToRGB_8u_C2C3R/libyuv(ARGB)", [](benchmark::State& state) {
         Buffer src(std::size_t(kWidth) * kHeight * 2), dst(std::size_t(kWidth) * kHeight * 4);
         for (auto _ : state) {
@@ -157,6 +220,15 @@ void registerYuvSub()
     };
     cv("YUV420ToRGB_8u_P3C3R/opencv", kHeight * 3 / 2, CV_8UC1, cv::COLOR_YUV2RGB_I420);
     cv("YUV422ToRGB_8u_C2C3R/opencv", kHeight, CV_8UC2, cv::COLOR_YUV2RGB_YUY2);
+    registerPeer("RGBToYUV420_8u_C3P3R/opencv", [](benchmark::State& state) {
+        cv::setNumThreads(1);
+        Buffer src(std::size_t(kWidth) * kHeight * 3), dst(std::size_t(kWidth) * kHeight * 2);
+        cv::Mat s(kHeight, kWidth, CV_8UC3, src.data()), d(kHeight * 3 / 2, kWidth, CV_8UC1, dst.data());
+        for (auto _ : state) {
+            cv::cvtColor(s, d, cv::COLOR_RGB2YUV_I420);
+            benchmark::ClobberMemory();
+        }
+    });
 #endif
     (void)frame;
 }

@@ -12,11 +12,14 @@
 // and report a dropped odd column or row with orvStatusOddSize.
 #include <immintrin.h>
 
+#include <array>
 #include <cstdint>
+#include <type_traits>
 
 #include "frame/checks.h"
 #include "frame/fronts.h"
 #include "lumachroma/pixels8u.h"
+#include "lumachroma/ycbcrsub.h"
 #include "lumachroma/yuvforms.h"
 
 namespace h9 {
@@ -52,6 +55,22 @@ struct FormSixteen {
         return {sra<4>(addsS(addsS(y16, hiS(v128, 9338)), 8)),
                 sra<4>(addsS(addsS(addsS(y16, hiS(v128, -4759)), hiS(u128, -3227)), 8)),
                 sra<4>(addsS(addsS(y16, hiS(u128, 16646)), 8))};
+    }
+
+    // The same in two steps, so that the chroma terms are computed once per
+    // sample rather than once per pixel: 16y lies in 0 .. 4080 and the
+    // chroma terms within -4200 .. 4200, so no sum comes near the 16-bit
+    // limits, the saturating adds add exactly, and the terms may be grouped.
+    static V3 chroma(V u, V v)
+    {
+        const V u128 = shl<7>(sub(u, 128)), v128 = shl<7>(sub(v, 128));
+        return {add(hiS(v128, 9338), 8), add(_mm256_add_epi16(hiS(v128, -4759), hiS(u128, -3227)), 8),
+                add(hiS(u128, 16646), 8)};
+    }
+    static V3 withLuma(V y, V cr, V cg, V cb)
+    {
+        const V y16 = shl<4>(y);
+        return {sra<4>(_mm256_add_epi16(y16, cr)), sra<4>(_mm256_add_epi16(y16, cg)), sra<4>(_mm256_add_epi16(y16, cb))};
     }
 };
 
@@ -126,12 +145,14 @@ struct YuyvIn {
 // ---------------------------------------------------------------------------
 // One row of `width` pixels: Block over whole vectors of 32 from the start
 // (or its scalar form under the test switch), Tail over the pairs after
-// them, Lone on a last odd pixel.
+// them, Lone on a last odd pixel. `from`: pixels before it are done.
+inline int blockEnd(int width) { return width & ~31; }
+
 template <class Block, class Tail, class Lone, class In, class Out>
-void subsampledRow(const In& in, const Out& out, int width)
+void subsampledRow(const In& in, const Out& out, int width, int from = 0)
 {
-    const int end = width & ~31;
-    int i = 0;
+    const int end = blockEnd(width);
+    int i = from;
     if (g_scalarBlocks) {
         for (; i < end; ++i) {
             const Px s = in.get(i);
@@ -183,19 +204,110 @@ struct YuvPlaneRows {
     }
 };
 
+// Blocks of forms whose chroma terms separate from the luma (chroma,
+// withLuma) into four-byte pixels with 0 in the fourth byte: the terms are
+// computed once for the 16 samples and serve the K luma rows that share
+// them. The lanes run in a "quad" order that makes the final interleave
+// lane-local: of 32 pixels, 128-bit lane 0 holds pixels 0-3, 8-11, 16-19,
+// 24-27 and lane 1 pixels 4-7, 12-15, 20-23, 28-31: 16 loaded bytes,
+// in both lanes, widened to words by one byte shuffle per lane.
+template <class Form, class Out>
+constexpr bool kSplitBlocks = requires { Form::chroma; } && (std::is_same_v<Out, PackedOut<4, false, Alpha::Value>> ||
+                                                              std::is_same_v<Out, PackedOut<4, false, Alpha::ZeroInBlocks>>);
+
+// The 16 bytes at p in both lanes, eight of them widened to words in each
+// lane as the mask picks them.
+inline __m256i widenQuads(const uint8_t* p, const std::array<int8_t, 32>& mask)
+{
+    const __m256i m = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(mask.data()));
+    return _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))), m);
+}
+// pshufb mask: lane 0 widens bytes a[0..7], lane 1 bytes b[0..7].
+constexpr std::array<int8_t, 32> quadMask(std::array<int, 8> a, std::array<int, 8> b)
+{
+    std::array<int8_t, 32> m{};
+    for (int k = 0; k < 8; ++k) {
+        m[2 * k] = int8_t(a[k]);
+        m[16 + 2 * k] = int8_t(b[k]);
+        m[2 * k + 1] = m[16 + 2 * k + 1] = -128;
+    }
+    return m;
+}
+// Luma: pixels 0-3, 8-11 | 4-7, 12-15 of 16. Chroma: the samples of pairs
+// 0, 1, 4, 5, 8, 9, 12, 13 | 2, 3, 6, 7, 10, 11, 14, 15, each of which
+// covers two pixels once repeated.
+inline constexpr auto kLumaQuads = quadMask({0, 1, 2, 3, 8, 9, 10, 11}, {4, 5, 6, 7, 12, 13, 14, 15});
+inline constexpr auto kChromaQuads = quadMask({0, 1, 4, 5, 8, 9, 12, 13}, {2, 3, 6, 7, 10, 11, 14, 15});
+
+// Bytes of R, G and B of 32 pixels in quad order to 128 bytes R G B 0.
+inline void storeQuads0(uint8_t* d, __m256i r, __m256i g, __m256i b)
+{
+    const __m256i z = _mm256_setzero_si256();
+    const __m256i rgLo = _mm256_unpacklo_epi8(r, g), rgHi = _mm256_unpackhi_epi8(r, g);
+    const __m256i b0Lo = _mm256_unpacklo_epi8(b, z), b0Hi = _mm256_unpackhi_epi8(b, z);
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), _mm256_unpacklo_epi16(rgLo, b0Lo));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 32), _mm256_unpackhi_epi16(rgLo, b0Lo));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 64), _mm256_unpacklo_epi16(rgHi, b0Hi));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 96), _mm256_unpackhi_epi16(rgHi, b0Hi));
+}
+
+template <class Form, int K>
+[[gnu::flatten]] inline void splitBlock32(const uint8_t* const (&y)[K], const uint8_t* u, const uint8_t* v,
+                                          uint8_t* const (&d)[K], int i)
+{
+    const V3 c = Form::chroma(widenQuads(u + i / 2, kChromaQuads), widenQuads(v + i / 2, kChromaQuads));
+    // Each term twice, once for each pixel of its pair.
+    const Wide cr{_mm256_unpacklo_epi16(c.a, c.a), _mm256_unpackhi_epi16(c.a, c.a)};
+    const Wide cg{_mm256_unpacklo_epi16(c.b, c.b), _mm256_unpackhi_epi16(c.b, c.b)};
+    const Wide cb{_mm256_unpacklo_epi16(c.c, c.c), _mm256_unpackhi_epi16(c.c, c.c)};
+    for (int k = 0; k < K; ++k) {
+        const Wide yw{widenQuads(y[k] + i, kLumaQuads), widenQuads(y[k] + i + 16, kLumaQuads)};
+        const V3 lo = Form::withLuma(yw.lo, cr.lo, cg.lo, cb.lo);
+        const V3 hi = Form::withLuma(yw.hi, cr.hi, cg.hi, cb.hi);
+        storeQuads0(d[k] + 4 * i, packBytes({lo.a, hi.a}), packBytes({lo.b, hi.b}), packBytes({lo.c, hi.c}));
+    }
+}
+
+// The K rows' block parts by splitBlock32; returns where they end.
+template <class Block, int K, class Out>
+int splitBlocks(const HalfPlanesIn (&in)[K], const Out (&out)[K], int width)
+{
+    if (g_scalarBlocks || out[0].alpha != 0)
+        return 0;
+    const uint8_t* y[K];
+    uint8_t* d[K];
+    for (int k = 0; k < K; ++k) {
+        y[k] = in[k].y;
+        d[k] = out[k].p;
+    }
+    const int end = blockEnd(width);
+    for (int i = 0; i < end; i += 32)
+        splitBlock32<Block, K>(y, in[0].u, in[0].v, d, i);
+    return end;
+}
+
 template <class Block, class Tail, class Lone, class Out>
 void rows422(const YuvPlaneRows& in, const OutRows<Out>& out, RoiSize roi)
 {
-    for (int y = 0; y < roi.height; ++y)
-        subsampledRow<Block, Tail, Lone>(in(y, y), out(y), roi.width);
+    for (int y = 0; y < roi.height; ++y) {
+        int from = 0;
+        if constexpr (kSplitBlocks<Block, Out>)
+            from = splitBlocks<Block, 1>({in(y, y)}, {out(y)}, roi.width);
+        subsampledRow<Block, Tail, Lone>(in(y, y), out(y), roi.width, from);
+    }
 }
 
 template <class Block, class Tail, class Out>
 OrvStatus rows420(const YuvPlaneRows& in, const OutRows<Out>& out, RoiSize roi)
 {
-    for (int j = 0; j < roi.height >> 1; ++j)
+    const int width = roi.width & ~1;
+    for (int j = 0; j < roi.height >> 1; ++j) {
+        int from = 0;
+        if constexpr (kSplitBlocks<Block, Out>)
+            from = splitBlocks<Block, 2>({in(2 * j, j), in(2 * j + 1, j)}, {out(2 * j), out(2 * j + 1)}, width);
         for (int y = 2 * j; y < 2 * j + 2; ++y)
-            subsampledRow<Block, Tail, Tail>(in(y, j), out(y), roi.width & ~1);
+            subsampledRow<Block, Tail, Tail>(in(y, j), out(y), width, from);
+    }
     return ((roi.width | roi.height) & 1) ? orvStatusOddSize : orvStatusOk;
 }
 
@@ -371,18 +483,280 @@ ORV_FRONT(orviYUV420ToBGR_8u_P3C3R)(const Orv8u* const pSrc[3], const int srcSte
 namespace h9 {
 namespace {
 
-// One 2 by 2 square, 16 fraction bits: each pixel's s = 19595 R + 38470 G
-// + 7471 B gives Y = s >> 16; the chroma take the sums of the four B, R and
-// s, rounded by 0x1FFFF before the first shift; U is kept to its low byte,
-// V clamped through the table.
-struct Square16 {
-    static int s(int r, int g, int b) { return 19595 * r + 38470 * g + 7471 * b; }
-    static uint8_t u(int sumB, int sumS) { return uint8_t(((((sumB << 16) - sumS + 0x1FFFF) >> 16) * 32244 >> 18) + 128); }
-    static uint8_t v(int sumR, int sumS) { return chop(((((sumR << 16) - sumS + 0x1FFFF) >> 16) * 57475 >> 18) + 128); }
+// ---------------------------------------------------------------------------
+// Forward forms. A chroma sample is made from the pixels that share it (a
+// pair, a 2 by 2 square, or a lone last pixel of an odd 4:2:2 width). Each
+// form gives, per pixel, a luma term t and Y from it; per sample, U and V
+// from the sum of the pixels' B or R terms (the bytes themselves, except in
+// the planar 4:2:2 block) and the sum T of their t:
+//   int t(r, g, b)   uint8_t y(t)   int x(c)   uint8_t u(sumX, T), v(sumX, T)
+// Block forms also give the same on 16-bit lanes (V); they never leave
+// 16 bits, and the final pack saturates to 0 .. 255 as their sat() does.
+
+// 16 fraction bits: t = 19595 R + 38470 G + 7471 B, Y = (t + YRnd) >> 16;
+// chroma from the difference of the B (or R) sum and the luma sum, rounded
+// by CRnd before the first shift, scaled by 32244 (U, kept to its low byte;
+// it cannot leave the range) or 57475 (V, clamped by the table), and
+// divided by the group size in the last shift (17 for pairs, 18 for
+// squares).
+template <int Shift, int YRnd, int CRnd>
+struct Tail16 {
+    static int t(int r, int g, int b) { return 19595 * r + 38470 * g + 7471 * b; }
+    static int x(int c) { return c; }
+    static uint8_t y(int t) { return uint8_t((t + YRnd) >> 16); }
+    static uint8_t u(int sumB, int sumT) { return uint8_t(((((sumB << 16) - sumT + CRnd) >> 16) * 32244 >> Shift) + 128); }
+    static uint8_t v(int sumR, int sumT) { return chop(((((sumR << 16) - sumT + CRnd) >> 16) * 57475 >> Shift) + 128); }
+};
+// The planar square form, and the pair tails of the 4:2:2 members with
+// planes out (no luma rounding, chroma by 65535) and packed out (32768).
+using Square16 = Tail16<18, 0, 0x1FFFF>;
+using PairPlanesTail = Tail16<17, 0, 65535>;
+using PairPackedTail = Tail16<17, 32768, 32768>;
+
+// A lone last pixel of an odd 4:2:2 width: 15 fraction bits, weights 9798,
+// 19235, 3736 (sum 32769); U rounds with 16383, V with 32767.
+struct LonePixel {
+    static int t(int r, int g, int b) { return 9798 * r + 19235 * g + 3736 * b; }
+    static int x(int c) { return c; }
+    static uint8_t y(int t) { return uint8_t(t >> 15); }
+    static uint8_t u(int b, int t) { return uint8_t(((((b << 15) - t + 16383) >> 15) * 16121 >> 15) + 128); }
+    static uint8_t v(int r, int t) { return chop(((((r << 15) - t + 32767) >> 15) * 28737 >> 15) + 128); }
 };
 
-// RGB source rows: pixel i of a row as R, G, B; load16 gives pixels
-// i .. i + 15 of each channel as 32-bit lanes (pixels 0-7, then 8-15).
+// 14 fraction bits, the squares after the blocks of the interleaved 4:2:0
+// member: t = 4899 R + 9617 G + 1868 B (sum 16384), Y = (t + 2) >> 14,
+// chroma scales 8061 and 14369 without rounding, V clamped.
+struct Square14 {
+    static int t(int r, int g, int b) { return 4899 * r + 9617 * g + 1868 * b; }
+    static int x(int c) { return c; }
+    static uint8_t y(int t) { return uint8_t((t + 2) >> 14); }
+    static uint8_t u(int sumB, int sumT) { return uint8_t(((((sumB << 14) - sumT) >> 14) * 8061 >> 16) + 128); }
+    static uint8_t v(int sumR, int sumT) { return satU8(((((sumR << 14) - sumT) >> 14) * 14369 >> 16) + 128); }
+};
+
+// Pair sums of 32 values in the unpack order of Wide, as 16 sums in order.
+// The sums are never negative and stay below 65536 (the sum of a square's
+// luma terms in the 14-bit block needs all 16 bits), so they pack unsigned.
+inline V pairSums(const Wide& w)
+{
+    const __m256i ones = _mm256_set1_epi16(1);
+    return _mm256_packus_epi32(_mm256_madd_epi16(w.lo, ones), _mm256_madd_epi16(w.hi, ones));
+}
+
+// Block of the 4:2:2 members with interleaved source, on doubled scale:
+// y2 = ((9798 R + 19235 G) >> 14) + ((3736 B) >> 14) (two truncations, not
+// one of the whole sum), Y = sat((y2 + Rnd) >> 1); with d = (T + Rnd) >> 1,
+// U = sat((((sumB - d) * 16121) >> 16) + 128), V with sumR and 28737. Rnd is
+// 0 with planes out, 1 with packed pairs out.
+template <int Rnd>
+struct PairBlock {
+    static int t(int r, int g, int b) { return ((9798 * r + 19235 * g) >> 14) + ((3736 * b) >> 14); }
+    static int x(int c) { return c; }
+    static uint8_t y(int t) { return satU8((t + Rnd) >> 1); }
+    static uint8_t u(int sumB, int sumT) { return satU8((((sumB - ((sumT + Rnd) >> 1)) * 16121) >> 16) + 128); }
+    static uint8_t v(int sumR, int sumT) { return satU8((((sumR - ((sumT + Rnd) >> 1)) * 28737) >> 16) + 128); }
+
+    // R and G interleaved into 32-bit multiply-adds for the joint sum;
+    // (3736 B) >> 14 is the high half of 4B times 3736.
+    static V t(V r, V g, V b)
+    {
+        const __m256i w = _mm256_set1_epi32((19235 << 16) | 9798);
+        const __m256i lo = _mm256_srai_epi32(_mm256_madd_epi16(_mm256_unpacklo_epi16(r, g), w), 14);
+        const __m256i hi = _mm256_srai_epi32(_mm256_madd_epi16(_mm256_unpackhi_epi16(r, g), w), 14);
+        return _mm256_add_epi16(_mm256_packs_epi32(lo, hi), hiS(shl<2>(b), 3736));
+    }
+    static V x(V c) { return c; }
+    static V y(V t) { return sra<1>(add(t, Rnd)); }
+    static V u(V sumB, V sumT) { return add(hiS(_mm256_sub_epi16(sumB, sra<1>(add(sumT, Rnd))), 16121), 128); }
+    static V v(V sumR, V sumT) { return add(hiS(_mm256_sub_epi16(sumR, sra<1>(add(sumT, Rnd))), 28737), 128); }
+};
+
+// Block of the planar 4:2:2 member. Each byte is widened to
+// X = (x * 257) >> 6 (the byte in both halves of a word, shifted by 6, not
+// 4x); y2 = ((X_R * 9798) >> 16) + ((X_G * 19235) >> 16) + ((X_B * 3736) >> 16),
+// Y = sat(y2 >> 1); U = sat((((((sumX_B >> 1) - T) * 16121) >> 16) >> 1) + 128),
+// V with the R channel and 28737.
+struct PlanarPairBlock {
+    static int x(int c) { return (c * 257) >> 6; }
+    static int t(int r, int g, int b) { return hiU(x(r), 9798) + hiU(x(g), 19235) + hiU(x(b), 3736); }
+    static uint8_t y(int t) { return satU8(t >> 1); }
+    static uint8_t u(int sumB, int sumT) { return satU8((((((sumB >> 1) - sumT) * 16121) >> 16) >> 1) + 128); }
+    static uint8_t v(int sumR, int sumT) { return satU8((((((sumR >> 1) - sumT) * 28737) >> 16) >> 1) + 128); }
+
+    static V x(V c) { return srl<6>(_mm256_mullo_epi16(c, k16(257))); }
+    static V t(V r, V g, V b)
+    {
+        return _mm256_add_epi16(_mm256_add_epi16(hiU(x(r), 9798), hiU(x(g), 19235)), hiU(x(b), 3736));
+    }
+    static V y(V t) { return sra<1>(t); }
+    static V u(V sumB, V sumT) { return add(sra<1>(hiS(_mm256_sub_epi16(sra<1>(sumB), sumT), 16121)), 128); }
+    static V v(V sumR, V sumT) { return add(sra<1>(hiS(_mm256_sub_epi16(sra<1>(sumR), sumT), 28737)), 128); }
+};
+
+// 14-bit block with rounded products r(x, c) = (x * 128 * c + 16384) >> 15
+// (pmulhrsw on 128x): t = r(R, 4899) + r(G, 9617) + r(B, 1868), Y = sat(t >> 6).
+// The chroma difference d is 128 times (mean B - mean Y): sumB * 32 - (T >> 1)
+// over a square, sumB * 64 - T over a pair; U = sat((((d * 8061 + 16384) >> 15)
+// >> 6) + 128), V with sumR and 14369. Serves the interleaved 4:2:0 member
+// and the 4:2:2 member with planes out when every pointer and step is a
+// multiple of 16.
+template <int N>
+struct Rounded14Block {
+    static int r(int x, int c) { return (x * 128 * c + 16384) >> 15; }
+    static int t(int r_, int g, int b) { return r(r_, 4899) + r(g, 9617) + r(b, 1868); }
+    static int x(int c) { return c; }
+    static uint8_t y(int t) { return satU8(t >> 6); }
+    static int d(int sum, int sumT) { return N == 4 ? sum * 32 - (sumT >> 1) : sum * 64 - sumT; }
+    static uint8_t u(int sumB, int sumT) { return satU8((((d(sumB, sumT) * 8061 + 16384) >> 15) >> 6) + 128); }
+    static uint8_t v(int sumR, int sumT) { return satU8((((d(sumR, sumT) * 14369 + 16384) >> 15) >> 6) + 128); }
+
+    static V r(V x, int c) { return _mm256_mulhrs_epi16(shl<7>(x), k16(c)); }
+    static V t(V r_, V g, V b) { return _mm256_add_epi16(_mm256_add_epi16(r(r_, 4899), r(g, 9617)), r(b, 1868)); }
+    static V x(V c) { return c; }
+    static V y(V t) { return sra<6>(t); }
+    // A square's T reaches 65280: a logical shift reads it unsigned.
+    static V d(V sum, V sumT) { return N == 4 ? _mm256_sub_epi16(shl<5>(sum), srl<1>(sumT)) : _mm256_sub_epi16(shl<6>(sum), sumT); }
+    static V u(V sumB, V sumT) { return add(sra<6>(_mm256_mulhrs_epi16(d(sumB, sumT), k16(8061))), 128); }
+    static V v(V sumR, V sumT) { return add(sra<6>(_mm256_mulhrs_epi16(d(sumR, sumT), k16(14369))), 128); }
+};
+
+// ---------------------------------------------------------------------------
+// The forward row engine over K rows sharing one chroma row (1 for 4:2:2, 2
+// for 4:2:0). Inputs are the pixels8u.h layouts (get, load32), outputs the
+// subsampled layouts of the YCbCr family (putY, putC, store32), U and V in
+// the places of Cb and Cr.
+
+// The n pixels from i of each of the K rows by the scalar statements of F.
+template <class F, int K, class In, class Out>
+inline ycs::C2 fwdGroup(const std::array<In, K>& in, const Out& out, int i, int n)
+{
+    int sumT = 0, sumB = 0, sumR = 0;
+    for (int k = 0; k < K; ++k)
+        for (int h = 0; h < n; ++h) {
+            const Px p = in[k].get(i + h);
+            const int t = F::t(p[0], p[1], p[2]);
+            out.putY(k, i + h, F::y(t));
+            sumT += t;
+            sumB += F::x(p[2]);
+            sumR += F::x(p[0]);
+        }
+    return {F::u(sumB, sumT), F::v(sumR, sumT)};
+}
+
+// 32 pixels of each row by the lanes of F: 16 samples.
+template <class F, int K, class In, class Out>
+[[gnu::flatten]] inline void fwdBlock32(const std::array<In, K>& in, const Out& out, int i)
+{
+    __m256i ys[K];
+    Wide sumT{}, sumB{}, sumR{};
+    for (int k = 0; k < K; ++k) {
+        const Wide3 x = in[k].load32(i);
+        const Wide t{F::t(x.a.lo, x.b.lo, x.c.lo), F::t(x.a.hi, x.b.hi, x.c.hi)};
+        ys[k] = packBytes({F::y(t.lo), F::y(t.hi)});
+        const Wide b{F::x(x.c.lo), F::x(x.c.hi)}, r{F::x(x.a.lo), F::x(x.a.hi)};
+        if (k == 0) {
+            sumT = t;
+            sumB = b;
+            sumR = r;
+        } else {
+            auto acc = [](Wide& s, const Wide& a) {
+                s.lo = _mm256_add_epi16(s.lo, a.lo);
+                s.hi = _mm256_add_epi16(s.hi, a.hi);
+            };
+            acc(sumT, t);
+            acc(sumB, b);
+            acc(sumR, r);
+        }
+    }
+    const V T = pairSums(sumT);
+    const __m256i c = _mm256_packus_epi16(F::u(pairSums(sumB), T), F::v(pairSums(sumR), T));
+    out.store32(i, ys, _mm256_permute4x64_epi64(c, 0xD8));  // U 0-15 | V 0-15
+}
+
+// A lone last pixel has its own sample; packed pairs have room for its U only.
+template <int H, int K>
+inline void putLone(const ycs::PlanarSubOut<H, K>& out, int j, ycs::C2 c)
+{
+    out.putC(j, c);
+}
+template <ycs::Order422 O>
+inline void putLone(const ycs::PackedPairsOut<O>& out, int j, ycs::C2 c)
+{
+    out.p[4 * j + O.cb] = c.cb;
+}
+
+// One row (or row pair) of `width` pixels: Block over whole vectors of 32
+// pixels from the start (its scalar statements under the test switch),
+// Tail over the pairs after them (at most 15), Lone on a last odd pixel.
+template <class Block, class Tail, class Lone, int K, class In, class Out>
+void forwardRow(const std::array<In, K>& in, const Out& out, int width)
+{
+    const int end = width & ~31;
+    int i = 0;
+    if (g_scalarBlocks) {
+        for (; i < end; i += 2)
+            out.putC(i >> 1, fwdGroup<Block, K>(in, out, i, 2));
+    } else {
+        for (; i < end; i += 32)
+            fwdBlock32<Block, K>(in, out, i);
+    }
+    for (; i + 2 <= width; i += 2)
+        out.putC(i >> 1, fwdGroup<Tail, K>(in, out, i, 2));
+    if (i < width)
+        putLone(out, i >> 1, fwdGroup<Lone, K>(in, out, i, 1));
+}
+
+// Row makers for the outputs: Y, U and V planes with one step each, and
+// packed Y0 U Y1 V rows.
+struct YuvPlanesOut {
+    uint8_t* const* planes;
+    const int* steps;
+    ycs::PlanarSubOut<2, 1> row(int y) const
+    {
+        return {{rowAt(planes[0], steps[0], y)}, rowAt(planes[1], steps[1], y), rowAt(planes[2], steps[2], y)};
+    }
+    ycs::PlanarSubOut<2, 2> rowPair(int j) const
+    {
+        return {{rowAt(planes[0], steps[0], 2 * j), rowAt(planes[0], steps[0], 2 * j + 1)},
+                rowAt(planes[1], steps[1], j), rowAt(planes[2], steps[2], j)};
+    }
+};
+struct YuyvRowsOut {
+    uint8_t* base;
+    int step;
+    ycs::PackedPairsOut<ycs::kOrderYCbCr> row(int y) const { return {rowAt(base, step, y)}; }
+};
+
+template <class Block, class Tail, class InRows, class OutRows>
+void forward422(const InRows& in, const OutRows& out, RoiSize roi)
+{
+    for (int y = 0; y < roi.height; ++y)
+        forwardRow<Block, Tail, LonePixel, 1>(std::array{in(y)}, out.row(y), roi.width);
+}
+
+// 4:2:0: whole squares only; a last odd column or row stays unwritten.
+template <class Block, class Tail, class InRows>
+OrvStatus forward420(const InRows& in, const YuvPlanesOut& out, RoiSize roi)
+{
+    for (int j = 0; j < roi.height >> 1; ++j)
+        forwardRow<Block, Tail, Tail, 2>(std::array{in(2 * j), in(2 * j + 1)}, out.rowPair(j), roi.width & ~1);
+    return ((roi.width | roi.height) & 1) ? orvStatusOddSize : orvStatusOk;
+}
+
+// Whether every pointer and step of an interleaved-to-planes call is a
+// multiple of 16.
+inline bool aligned16(const void* src, int srcStep, uint8_t* const* dst, const int* dstStep)
+{
+    uintptr_t bits = uintptr_t(src) | uintptr_t(srcStep);
+    for (int k = 0; k < 3; ++k)
+        bits |= uintptr_t(dst[k]) | uintptr_t(dstStep[k]);
+    return (bits & 15) == 0;
+}
+
+// RGB source rows: pixel i of a row as R, G, B (at), and for pixels i ..
+// i + 15 in two vectors of eight 32-bit lanes (pixels 0-7, then 8-15) each
+// pixel's s = 19595 R + 38470 G + 7471 B and the word pair B | R << 16
+// (terms16).
 struct RgbPlanesRows {
     const uint8_t* const* planes;
     int step;
@@ -390,16 +764,24 @@ struct RgbPlanesRows {
     {
         return {rowAt(planes[0], step, y)[i], rowAt(planes[1], step, y)[i], rowAt(planes[2], step, y)[i]};
     }
-    void load16(int y, int i, __m256i (&c)[3][2]) const
+    void terms16(int y, int i, __m256i (&s)[2], __m256i (&br)[2]) const
     {
-        for (int k = 0; k < 3; ++k) {
-            const uint8_t* p = rowAt(planes[k], step, y) + i;
-            c[k][0] = _mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)));
-            c[k][1] = _mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + 8)));
+        for (int h = 0; h < 2; ++h) {
+            __m256i c[3];
+            for (int k = 0; k < 3; ++k)
+                c[k] = _mm256_cvtepu8_epi32(
+                    _mm_loadl_epi64(reinterpret_cast<const __m128i*>(rowAt(planes[k], step, y) + i + 8 * h)));
+            s[h] = _mm256_add_epi32(_mm256_add_epi32(_mm256_mullo_epi32(c[0], _mm256_set1_epi32(19595)),
+                                                     _mm256_mullo_epi32(c[1], _mm256_set1_epi32(38470))),
+                                    _mm256_mullo_epi32(c[2], _mm256_set1_epi32(7471)));
+            br[h] = _mm256_or_si256(c[2], _mm256_slli_epi32(c[0], 16));
         }
     }
 };
-// Four-byte pixels with R at byte 2 and B at byte 0.
+// Four-byte pixels B, G, R and a byte not read. The words of a pixel are
+// B | R << 16 (a mask) and G | A << 16 (a shift of each word); two
+// multiply-adds give 7471 B + 19595 R and 19235 G + 0 A, and 38470 G is
+// twice the latter.
 struct BgraRows {
     const uint8_t* base;
     int step;
@@ -408,49 +790,57 @@ struct BgraRows {
         const uint8_t* p = rowAt(base, step, y) + 4 * i;
         return {p[2], p[1], p[0]};
     }
-    void load16(int y, int i, __m256i (&c)[3][2]) const
+    void terms16(int y, int i, __m256i (&s)[2], __m256i (&br)[2]) const
     {
         const uint8_t* p = rowAt(base, step, y) + 4 * i;
-        const __m256i m = _mm256_set1_epi32(0xff);
         for (int h = 0; h < 2; ++h) {
             const __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 32 * h));
-            c[0][h] = _mm256_and_si256(_mm256_srli_epi32(v, 16), m);
-            c[1][h] = _mm256_and_si256(_mm256_srli_epi32(v, 8), m);
-            c[2][h] = _mm256_and_si256(v, m);
+            br[h] = _mm256_and_si256(v, _mm256_set1_epi32(0x00FF00FF));
+            const __m256i ga = _mm256_srli_epi16(v, 8);
+            s[h] = _mm256_add_epi32(_mm256_madd_epi16(br[h], _mm256_set1_epi32((19595 << 16) | 7471)),
+                                    _mm256_slli_epi32(_mm256_madd_epi16(ga, _mm256_set1_epi32(19235)), 1));
         }
     }
 };
 
 // Eight squares (pixels 2k .. 2k + 15 of both rows of pair j) by the same
-// sums on 32-bit lanes. hadd leaves the pair sums in the order 0 1 4 5 2 3
-// 6 7, which one permutation undoes before the packs. U never leaves
-// 17..239, so the saturating pack keeps its low byte; V is clamped by it.
+// sums on 32-bit lanes. The two rows are added first; a pixel pair's sum
+// then lands in the even lane of each 64-bit half, and interleaving the
+// even lanes of both vectors gives the squares in the order 0 4 1 5 | 2 6
+// 3 7, which one permutation undoes. The B and R sums (at most 1020) add
+// as words within a 32-bit lane without carrying into each other. U never
+// leaves 17..239, so the saturating pack keeps its low byte; V is clamped
+// by it.
 template <class Src>
 void squares8(const Src& src, int j, int k, uint8_t* y0, uint8_t* y1, uint8_t* u, uint8_t* v)
 {
-    __m256i sumS = _mm256_setzero_si256(), sumB = sumS, sumR = sumS;
+    __m256i sumS[2], sumBR[2], yw[2];
     for (int dy = 0; dy < 2; ++dy) {
-        __m256i c[3][2];
-        src.load16(2 * j + dy, 2 * k, c);
-        __m256i s[2];
-        for (int h = 0; h < 2; ++h)
-            s[h] = _mm256_add_epi32(_mm256_add_epi32(_mm256_mullo_epi32(c[0][h], _mm256_set1_epi32(19595)),
-                                                     _mm256_mullo_epi32(c[1][h], _mm256_set1_epi32(38470))),
-                                    _mm256_mullo_epi32(c[2][h], _mm256_set1_epi32(7471)));
-        const __m256i yw = _mm256_permute4x64_epi64(
-            _mm256_packs_epi32(_mm256_srai_epi32(s[0], 16), _mm256_srai_epi32(s[1], 16)), 0xD8);
-        const __m256i yb = _mm256_permute4x64_epi64(_mm256_packus_epi16(yw, yw), 0x08);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>((dy ? y1 : y0) + 2 * k), _mm256_castsi256_si128(yb));
-        sumS = _mm256_add_epi32(sumS, _mm256_hadd_epi32(s[0], s[1]));
-        sumB = _mm256_add_epi32(sumB, _mm256_hadd_epi32(c[2][0], c[2][1]));
-        sumR = _mm256_add_epi32(sumR, _mm256_hadd_epi32(c[0][0], c[0][1]));
+        __m256i s[2], br[2];
+        src.terms16(2 * j + dy, 2 * k, s, br);
+        // Y = s >> 16 never exceeds 255; words of pixels 0-3, 8-11 | 4-7, 12-15.
+        yw[dy] = _mm256_packus_epi32(_mm256_srli_epi32(s[0], 16), _mm256_srli_epi32(s[1], 16));
+        for (int h = 0; h < 2; ++h) {
+            sumS[h] = dy ? _mm256_add_epi32(sumS[h], s[h]) : s[h];
+            sumBR[h] = dy ? _mm256_add_epi32(sumBR[h], br[h]) : br[h];
+        }
     }
+    const __m256i yb = _mm256_permutevar8x32_epi32(_mm256_packus_epi16(yw[0], yw[1]),
+                                                   _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(y0 + 2 * k), _mm256_castsi256_si128(yb));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(y1 + 2 * k), _mm256_extracti128_si256(yb, 1));
+    auto squares = [](const __m256i (&x)[2]) {
+        auto pairs = [](__m256i a) { return _mm256_add_epi32(a, _mm256_srli_epi64(a, 32)); };
+        return _mm256_blend_epi32(pairs(x[0]), _mm256_slli_epi64(pairs(x[1]), 32), 0xAA);
+    };
+    const __m256i S = squares(sumS), BR = squares(sumBR);
+    const __m256i sumB = _mm256_and_si256(BR, _mm256_set1_epi32(0xFFFF)), sumR = _mm256_srli_epi32(BR, 16);
     auto chroma = [&](__m256i sum, int w) {
         const __m256i d = _mm256_srai_epi32(
-            _mm256_add_epi32(_mm256_sub_epi32(_mm256_slli_epi32(sum, 16), sumS), _mm256_set1_epi32(0x1FFFF)), 16);
+            _mm256_add_epi32(_mm256_sub_epi32(_mm256_slli_epi32(sum, 16), S), _mm256_set1_epi32(0x1FFFF)), 16);
         const __m256i c = _mm256_add_epi32(_mm256_srai_epi32(_mm256_mullo_epi32(d, _mm256_set1_epi32(w)), 18),
                                            _mm256_set1_epi32(128));
-        return _mm256_permutevar8x32_epi32(c, _mm256_setr_epi32(0, 1, 4, 5, 2, 3, 6, 7));
+        return _mm256_permutevar8x32_epi32(c, _mm256_setr_epi32(0, 2, 4, 6, 1, 3, 5, 7));
     };
     const __m256i w = _mm256_packs_epi32(chroma(sumB, 32244), chroma(sumR, 57475));  // u0-3 v0-3 | u4-7 v4-7
     const __m256i b = _mm256_packus_epi16(w, w);
@@ -478,7 +868,7 @@ OrvStatus squares420(const Src& src, uint8_t* const dst[3], const int dstStep[3]
             for (int dy = 0; dy < 2; ++dy)
                 for (int dx = 0; dx < 2; ++dx) {
                     const Px p = src.at(2 * j + dy, 2 * k + dx);
-                    const int s = Square16::s(p[0], p[1], p[2]);
+                    const int s = Square16::t(p[0], p[1], p[2]);
                     (dy ? y1 : y0)[2 * k + dx] = uint8_t(s >> 16);
                     sumS += s;
                     sumB += p[2];
@@ -528,4 +918,93 @@ ORV_FRONT(orviBGRToYUV420_8u_AC4P3R)(const Orv8u* pSrc, int srcStep, Orv8u* pDst
     if (OrvStatus st = checkToYuv(pSrc, pDst, roiSize, nullptr, pDst))
         return st;
     return squares420(BgraRows{pSrc, srcStep}, pDst, dstStep, roiSize);
+}
+
+// ---- RGB to YUV 4:2:2 -------------------------------------------------------
+// Pairs in blocks of 32 pixels, the pairs after them by 16 fraction bits, a
+// lone last pixel of an odd width by its own form. Planes out take the
+// 14-bit block when every pointer and step is a multiple of 16, else the
+// two-truncation block; the tight whole image of even width and 256 pixels
+// or more is one long row.
+namespace h9 {
+namespace {
+void rgbTo422Planes(const Orv8u* pSrc, int srcStep, Orv8u* const pDst[3], const int dstStep[3], RoiSize roi)
+{
+    const PackedRowsIn<3> in{pSrc, srcStep};
+    const YuvPlanesOut out{pDst, dstStep};
+    if (aligned16(pSrc, srcStep, pDst, dstStep))
+        forward422<Rounded14Block<2>, PairPlanesTail>(in, out, roi);
+    else
+        forward422<PairBlock<0>, PairPlanesTail>(in, out, roi);
+}
+}  // namespace
+}  // namespace h9
+
+ORV_FRONT(orviRGBToYUV422_8u_C3P3R)(const Orv8u* pSrc, int srcStep, Orv8u* pDst[3], int dstStep[3], RoiSize roiSize)
+{
+    if (OrvStatus st = checkToYuv(pSrc, pDst, roiSize, nullptr, pDst))
+        return st;
+    rgbTo422Planes(pSrc, srcStep, pDst, dstStep, roiSize);
+    return orvStatusOk;
+}
+
+ORV_FRONT(orviRGBToYUV422_8u_C3P3)(const Orv8u* pSrc, Orv8u* pDst[3], RoiSize roiSize)
+{
+    if (OrvStatus st = checkToYuv(pSrc, pDst, roiSize, nullptr, pDst))
+        return st;
+    const Tight t = tight422(roiSize);
+    const int steps[3] = {t.luma, t.chroma, t.chroma};
+    rgbTo422Planes(pSrc, t.rgb, pDst, steps, {t.width, t.rows});
+    return orvStatusOk;
+}
+
+ORV_FRONT(orviRGBToYUV422_8u_P3R)(const Orv8u* const pSrc[3], int srcStep, Orv8u* pDst[3], int dstStep[3],
+                                  RoiSize roiSize)
+{
+    if (OrvStatus st = checkToYuv(pSrc, pDst, roiSize, pSrc, pDst))
+        return st;
+    forward422<PlanarPairBlock, PairPlanesTail>(PlaneRowsIn{pSrc, srcStep}, YuvPlanesOut{pDst, dstStep}, roiSize);
+    return orvStatusOk;
+}
+
+ORV_FRONT(orviRGBToYUV422_8u_P3)(const Orv8u* const pSrc[3], Orv8u* pDst[3], RoiSize roiSize)
+{
+    if (OrvStatus st = checkToYuv(pSrc, pDst, roiSize, pSrc, pDst))
+        return st;
+    const Tight t = tight422(roiSize);
+    const int steps[3] = {t.luma, t.chroma, t.chroma};
+    forward422<PlanarPairBlock, PairPlanesTail>(PlaneRowsIn{pSrc, t.rgbPlane}, YuvPlanesOut{pDst, steps},
+                                                {t.width, t.rows});
+    return orvStatusOk;
+}
+
+// Packed Y0 U Y1 V: the block rounds luma and the pair's mean luma by one
+// half, the tail by 32768 throughout; a lone last pixel writes its Y and U.
+ORV_FRONT(orviRGBToYUV422_8u_C3C2R)(const Orv8u* pSrc, int srcStep, Orv8u* pDst, int dstStep, RoiSize roiSize)
+{
+    if (OrvStatus st = checkRect(pSrc, pDst, roiSize))
+        return st;
+    forward422<PairBlock<1>, PairPackedTail>(PackedRowsIn<3>{pSrc, srcStep}, YuyvRowsOut{pDst, dstStep}, roiSize);
+    return orvStatusOk;
+}
+
+// ---- RGB to YUV 4:2:0, interleaved source -------------------------------------
+// Squares in blocks of 32 columns by the 14-bit rounded products, the
+// squares after them by 14 fraction bits. The same forms serve aligned and
+// unaligned arguments, so the output does not depend on alignment.
+ORV_FRONT(orviRGBToYUV420_8u_C3P3R)(const Orv8u* pSrc, int srcStep, Orv8u* pDst[3], int dstStep[3], RoiSize roiSize)
+{
+    if (OrvStatus st = checkToYuv(pSrc, pDst, roiSize, nullptr, pDst))
+        return st;
+    return forward420<Rounded14Block<4>, Square14>(PackedRowsIn<3>{pSrc, srcStep}, YuvPlanesOut{pDst, dstStep},
+                                                   roiSize);
+}
+
+ORV_FRONT(orviRGBToYUV420_8u_C3P3)(const Orv8u* pSrc, Orv8u* pDst[3], RoiSize roiSize)
+{
+    if (OrvStatus st = checkToYuv(pSrc, pDst, roiSize, nullptr, pDst))
+        return st;
+    const int steps[3] = {roiSize.width, roiSize.width >> 1, roiSize.width >> 1};
+    return forward420<Rounded14Block<4>, Square14>(PackedRowsIn<3>{pSrc, 3 * roiSize.width},
+                                                   YuvPlanesOut{pDst, steps}, roiSize);
 }

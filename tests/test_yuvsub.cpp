@@ -61,9 +61,31 @@ const std::vector<Sub>& members()
     return all;
 }
 
-// The images of one call: source planes (or the packed row) and the RGB side.
-struct Frame {
+// The guarded images of one call, source and destination side.
+struct Images {
     std::vector<std::unique_ptr<GuardedImage>> src, dst;
+
+    Bytes pixels() const
+    {
+        Bytes v;
+        for (auto& d : dst) {
+            const Bytes p = d->pixels();
+            v.insert(v.end(), p.begin(), p.end());
+        }
+        return v;
+    }
+    bool guardsIntact() const
+    {
+        for (auto* list : {&src, &dst})
+            for (auto& i : *list)
+                if (!i->guardsIntact())
+                    return false;
+        return true;
+    }
+};
+
+// The images of one call: source planes (or the packed row) and the RGB side.
+struct Frame : Images {
     std::vector<const uint8_t*> sp;
     std::vector<uint8_t*> dp;
     int steps[3] = {};
@@ -94,23 +116,6 @@ struct Frame {
             dp.push_back(d->data());
     }
     OrvStatus run(const Sub& m, RoiSize r) { return m.call(sp.data(), steps, dp.data(), dst[0]->step(), r); }
-    Bytes pixels() const
-    {
-        Bytes v;
-        for (auto& d : dst) {
-            const Bytes p = d->pixels();
-            v.insert(v.end(), p.begin(), p.end());
-        }
-        return v;
-    }
-    bool guardsIntact() const
-    {
-        for (auto* list : {&src, &dst})
-            for (auto& i : *list)
-                if (!i->guardsIntact())
-                    return false;
-        return true;
-    }
 };
 
 TEST(YuvSub, VectorPathsMatchScalarForms)
@@ -364,53 +369,288 @@ TEST(YuvSub, RgbTo420SquaresByTheScalarForm)
     EXPECT_EQ(out[2], (Bytes{255, 255}));
 }
 
-// RGB to 4:2:0: the vector path of the square form against the form, over
-// the standard sweep of planar and four-byte sources.
-TEST(YuvSub, RgbTo420VectorPathMatchesScalarForm)
+// ---- RGB to YUV --------------------------------------------------------------
+
+// A forward member as the tests see it: RGB planes, RGB bytes or BGRA source
+// with one step; Y, U, V planes with three steps or packed Y0 U Y1 V out.
+enum class RgbSrc { Planes, Rgb, Bgra };
+using FwdCall = std::function<OrvStatus(const uint8_t* const* src, int srcStep, uint8_t* const* dst, int* dstSteps,
+                                        RoiSize roi)>;
+struct Fwd {
+    std::string name;
+    bool is420;
+    RgbSrc src;
+    bool packed;
+    FwdCall call;
+};
+
+const std::vector<Fwd>& forwardMembers()
+{
+    auto planesIn = [](auto f) -> FwdCall {
+        return [f](const uint8_t* const* s, int ss, uint8_t* const* d, int* ds, RoiSize r) {
+            return f(s, ss, const_cast<uint8_t**>(d), ds, r);
+        };
+    };
+    auto bytesIn = [](auto f) -> FwdCall {
+        return [f](const uint8_t* const* s, int ss, uint8_t* const* d, int* ds, RoiSize r) {
+            return f(s[0], ss, const_cast<uint8_t**>(d), ds, r);
+        };
+    };
+    static const std::vector<Fwd> all = {
+        {"RGBToYUV422_8u_P3R", false, RgbSrc::Planes, false, planesIn(orviRGBToYUV422_8u_P3R)},
+        {"RGBToYUV422_8u_C3P3R", false, RgbSrc::Rgb, false, bytesIn(orviRGBToYUV422_8u_C3P3R)},
+        {"RGBToYUV422_8u_C3C2R", false, RgbSrc::Rgb, true,
+         [](const uint8_t* const* s, int ss, uint8_t* const* d, int* ds, RoiSize r) {
+             return orviRGBToYUV422_8u_C3C2R(s[0], ss, d[0], ds[0], r);
+         }},
+        {"RGBToYUV420_8u_P3R", true, RgbSrc::Planes, false, planesIn(orviRGBToYUV420_8u_P3R)},
+        {"RGBToYUV420_8u_C3P3R", true, RgbSrc::Rgb, false, bytesIn(orviRGBToYUV420_8u_C3P3R)},
+        {"BGRToYUV420_8u_AC4P3R", true, RgbSrc::Bgra, false, bytesIn(orviBGRToYUV420_8u_AC4P3R)},
+    };
+    return all;
+}
+const Fwd& forwardMember(const std::string& name)
+{
+    return *std::find_if(forwardMembers().begin(), forwardMembers().end(), [&](const Fwd& f) { return f.name == name; });
+}
+
+// The images of one forward call. Aligned: every row start and step a
+// multiple of 16 (the images are placed so that their last byte ends a
+// 16-byte unit below the guard page), which selects the kernels for aligned
+// arguments where a member has them.
+struct FwdFrame : Images {
+    std::vector<const uint8_t*> sp;
+    std::vector<uint8_t*> dp;
+    int dstSteps[3] = {};
+
+    FwdFrame(const Fwd& m, const Geometry& g, bool aligned = false)
+    {
+        const int sign = g.negative ? -1 : 1;
+        auto add = [&](auto& list, int bytes, int rows, int pad) {
+            bytes = std::max(bytes, 1);
+            rows = std::max(rows, 1);
+            int step = bytes + pad, slack = g.endSlack;
+            if (aligned) {
+                step = (step + 15) & ~15;
+                slack = (16 - bytes % 16) % 16;
+            }
+            list.push_back(std::make_unique<GuardedImage>(bytes, rows, sign * step, slack));
+        };
+        const int w = g.width, h = g.height;
+        if (m.src == RgbSrc::Planes)
+            for (int k = 0; k < 3; ++k)
+                add(src, w, h, g.srcPad);
+        else
+            add(src, w * (m.src == RgbSrc::Rgb ? 3 : 4), h, g.srcPad);
+        if (m.packed) {
+            add(dst, 2 * w, h, g.dstPad);
+        } else {
+            const int cw = m.is420 ? w / 2 : (w + 1) / 2, ch = m.is420 ? h / 2 : h;
+            add(dst, w, h, g.dstPad);
+            add(dst, cw, ch, g.dstPad + 1);
+            add(dst, cw, ch, g.dstPad + 2);
+        }
+        for (auto& i : src)
+            sp.push_back(i->data());
+        for (std::size_t k = 0; k < dst.size(); ++k) {
+            dp.push_back(dst[k]->data());
+            dstSteps[k] = dst[k]->step();
+        }
+    }
+    OrvStatus run(const Fwd& m, RoiSize r) { return m.call(sp.data(), src[0]->step(), dp.data(), dstSteps, r); }
+};
+
+// Vector paths against the scalar forms over the standard sweep, with the
+// interleaved 4:2:2 and 4:2:0 members also over aligned images.
+TEST(YuvSub, RgbToYuvVectorPathsMatchScalarForms)
 {
     std::mt19937 rng(4200);
-    for (bool planarSrc : {true, false}) {
-        for (const Geometry& g : standardSweep(1)) {
-            SCOPED_TRACE(g.str() + (planarSrc ? " planar" : " bgra"));
-            const int sign = g.negative ? -1 : 1;
-            auto image = [&](int bytes, int rows, int pad) {
-                bytes = std::max(bytes, 1);
-                rows = std::max(rows, 1);
-                return std::make_unique<GuardedImage>(bytes, rows, sign * (bytes + pad), g.endSlack);
-            };
-            std::vector<std::unique_ptr<GuardedImage>> src;
-            for (int k = 0; k < (planarSrc ? 3 : 1); ++k) {
-                src.push_back(image(g.width * (planarSrc ? 1 : 4), g.height, g.srcPad));
-                src.back()->fillBytes(rng);
-            }
-            Bytes out[2];
-            for (int scalar = 0; scalar < 2; ++scalar) {
-                std::unique_ptr<GuardedImage> dst[3] = {image(g.width, g.height, g.dstPad),
-                                                        image(g.width / 2, g.height / 2, g.dstPad + 1),
-                                                        image(g.width / 2, g.height / 2, g.dstPad + 2)};
-                uint8_t* d[3] = {dst[0]->data(), dst[1]->data(), dst[2]->data()};
-                int steps[3] = {dst[0]->step(), dst[1]->step(), dst[2]->step()};
-                std::optional<ScalarBlocks> guard;
-                if (scalar)
-                    guard.emplace();
-                const uint8_t* sp[3] = {src[0]->data(), planarSrc ? src[1]->data() : nullptr,
-                                        planarSrc ? src[2]->data() : nullptr};
-                const OrvStatus st = planarSrc ? orviRGBToYUV420_8u_P3R(sp, src[0]->step(), d, steps, {g.width, g.height})
-                                               : orviBGRToYUV420_8u_AC4P3R(sp[0], src[0]->step(), d, steps,
-                                                                           {g.width, g.height});
-                EXPECT_EQ(st, ((g.width | g.height) & 1) ? orvStatusOddSize : orvStatusOk);
-                for (auto& im : dst) {
-                    ASSERT_TRUE(im->guardsIntact());
-                    const Bytes p = im->pixels();
-                    out[scalar].insert(out[scalar].end(), p.begin(), p.end());
+    for (const Fwd& m : forwardMembers()) {
+        for (bool aligned : {false, true}) {
+            if (aligned && m.src != RgbSrc::Rgb)
+                continue;
+            SCOPED_TRACE(m.name + (aligned ? " aligned" : ""));
+            for (const Geometry& g : standardSweep(1)) {
+                SCOPED_TRACE(g.str());
+                FwdFrame v(m, g, aligned), s(m, g, aligned);
+                for (std::size_t k = 0; k < v.src.size(); ++k) {
+                    v.src[k]->fillBytes(rng);
+                    s.src[k]->copyFrom(*v.src[k]);
                 }
+                const OrvStatus sv = v.run(m, {g.width, g.height});
+                OrvStatus ss;
+                {
+                    ScalarBlocks scalar;
+                    ss = s.run(m, {g.width, g.height});
+                }
+                ASSERT_EQ(sv, (m.is420 && ((g.width | g.height) & 1)) ? orvStatusOddSize : orvStatusOk);
+                ASSERT_EQ(sv, ss);
+                ASSERT_TRUE(v.guardsIntact());
+                ASSERT_TRUE(s.guardsIntact());
+                ASSERT_EQ(v.pixels(), s.pixels());
             }
-            ASSERT_EQ(out[0], out[1]);
         }
     }
 }
 
-TEST(YuvSub, RgbTo420CheckOrder)
+// Two pixel colours in turn along 35 pixels: pixels 0-31 take the block
+// form, pairs 32-33 the tail form, and pixel 34 (the first colour) the
+// lone-pixel form in 4:2:2. The two colours tell the forms apart in Y, U
+// and V; answers worked out from the forms in exact integer arithmetic.
+TEST(YuvSub, RgbTo422BlockTailAndLonePixelForms)
+{
+    using Yuv2 = std::array<int, 4>;  // Y of both pixels, U, V
+    const uint8_t colour[2][3] = {{14, 153, 228}, {68, 134, 63}};
+    const Yuv2 tailPlanes{119, 106, 143, 64}, tailPacked{120, 106, 143, 64};
+    const Yuv2 lone{119, -1, 181, 35};
+    struct Case {
+        const char* name;
+        bool aligned;
+        Yuv2 block, tail;
+    };
+    const Case cases[] = {
+        {"RGBToYUV422_8u_C3P3R", false, {119, 105, 144, 65}, tailPlanes},
+        {"RGBToYUV422_8u_C3P3R", true, {120, 106, 143, 64}, tailPlanes},
+        {"RGBToYUV422_8u_P3R", false, {120, 105, 144, 65}, tailPlanes},
+        {"RGBToYUV422_8u_C3C2R", false, {119, 106, 144, 65}, tailPacked},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.name) + (c.aligned ? " aligned" : ""));
+        const Fwd& m = forwardMember(c.name);
+        const int w = 35, h = 2;
+        FwdFrame f(m, {w, h, 0, 0, false, 0}, c.aligned);
+        for (int y = 0; y < h; ++y)
+            for (int x = 0; x < w; ++x)
+                for (int k = 0; k < 3; ++k) {
+                    if (m.src == RgbSrc::Planes)
+                        f.src[k]->row(y)[x] = colour[x & 1][k];
+                    else
+                        f.src[0]->row(y)[3 * x + k] = colour[x & 1][k];
+                }
+        for (auto& d : f.dst)
+            d->fillValue<uint8_t>(0xEE);
+        EXPECT_EQ(f.run(m, {w, h}), orvStatusOk);
+        for (int y = 0; y < h; ++y)
+            for (int j = 0; j < 18; ++j) {
+                const Yuv2& e = j < 16 ? c.block : j < 17 ? c.tail : lone;
+                const uint8_t* row = f.dst[0]->row(y);
+                Yuv2 got;
+                if (m.packed)  // a lone last pixel has no byte for V
+                    got = {row[4 * j], j < 17 ? row[4 * j + 2] : -1, row[4 * j + 1], j < 17 ? row[4 * j + 3] : e[3]};
+                else
+                    got = {row[2 * j], j < 17 ? row[2 * j + 1] : -1, f.dst[1]->row(y)[j], f.dst[2]->row(y)[j]};
+                ASSERT_EQ(got, e) << "row " << y << " pair " << j;
+            }
+        ASSERT_TRUE(f.guardsIntact());
+    }
+}
+
+// One square of four colours repeated over 35 by 3 pixels: squares 0-15 by
+// the block form, square 16 by the tail, the last column and row untouched.
+// The planar member and BGRA take the 16-bit square form everywhere; pure
+// red gives V 285, clamped, in every form.
+TEST(YuvSub, RgbTo420BlockAndTailForms)
+{
+    static const uint8_t kRed[3] = {255, 0, 0};
+    const uint8_t colour[2][2][3] = {{{10, 248, 153}, {80, 1, 243}}, {{197, 82, 112}, {170, 107, 47}}};
+    using Square = std::array<int, 6>;  // Y of the four pixels, U, V
+    struct Case {
+        const char* name;
+        Square block, tail;
+    };
+    const Case cases[] = {
+        {"RGBToYUV420_8u_C3P3R", {165, 52, 119, 119, 140, 128}, {166, 52, 119, 118, 139, 127}},
+        {"RGBToYUV420_8u_P3R", {166, 52, 119, 118, 140, 128}, {166, 52, 119, 118, 140, 128}},
+        {"BGRToYUV420_8u_AC4P3R", {166, 52, 119, 118, 140, 128}, {166, 52, 119, 118, 140, 128}},
+    };
+    for (bool red : {false, true})
+        for (const Case& c : cases) {
+            SCOPED_TRACE(std::string(c.name) + (red ? " red" : ""));
+            const Fwd& m = forwardMember(c.name);
+            const int w = 35, h = 3;
+            for (bool aligned : {false, true}) {
+                FwdFrame f(m, {w, h, 0, 0, false, 0}, aligned);
+                for (int y = 0; y < h; ++y)
+                    for (int x = 0; x < w; ++x) {
+                        const uint8_t* p = red ? kRed : colour[y & 1][x & 1];
+                        for (int k = 0; k < 3; ++k) {
+                            if (m.src == RgbSrc::Planes)
+                                f.src[k]->row(y)[x] = p[k];
+                            else if (m.src == RgbSrc::Rgb)
+                                f.src[0]->row(y)[3 * x + k] = p[k];
+                            else
+                                f.src[0]->row(y)[4 * x + 2 - k] = p[k];
+                        }
+                    }
+                for (auto& d : f.dst)
+                    d->fillValue<uint8_t>(0xEE);
+                EXPECT_EQ(f.run(m, {w, h}), orvStatusOddSize);
+                for (int j = 0; j < 17; ++j) {
+                    const Square e = red ? Square{76, 76, 76, 76, 90, 255} : j < 16 ? c.block : c.tail;
+                    const Square got = {f.dst[0]->row(0)[2 * j], f.dst[0]->row(0)[2 * j + 1], f.dst[0]->row(1)[2 * j],
+                                        f.dst[0]->row(1)[2 * j + 1], f.dst[1]->row(0)[j], f.dst[2]->row(0)[j]};
+                    ASSERT_EQ(got, e) << "square " << j << (aligned ? " aligned" : "");
+                }
+                for (int y = 0; y < h; ++y)
+                    ASSERT_EQ(f.dst[0]->row(y)[34], 0xEE);
+                for (int x = 0; x < w; ++x)
+                    ASSERT_EQ(f.dst[0]->row(2)[x], 0xEE);
+            }
+        }
+}
+
+// The whole-image forward names convert as the stepped ones with tight
+// steps; an even-width 4:2:2 image of 256 pixels or more as one long row.
+// Offsets 0 and 1 from a 16-byte boundary reach both kernels where
+// alignment selects one.
+TEST(YuvSub, RgbToYuvWholeImagesAreTightlyPacked)
+{
+    std::mt19937 rng(11);
+    for (RoiSize r : {RoiSize{20, 13}, RoiSize{7, 5}, RoiSize{16, 16}, RoiSize{66, 9}, RoiSize{64, 6}})
+        for (int offset : {0, 1}) {
+            SCOPED_TRACE(std::to_string(r.width) + "x" + std::to_string(r.height) + " offset " + std::to_string(offset));
+            const int n = r.width * r.height;
+            const bool oneRow = r.width % 2 == 0 && n >= 256;
+            auto buffer = [&](int bytes) {
+                auto b = std::make_shared<Bytes>(bytes + 32);
+                for (auto& x : *b)
+                    x = uint8_t(rng());
+                return b;
+            };
+            auto at = [&](const std::shared_ptr<Bytes>& b) {
+                return reinterpret_cast<uint8_t*>((reinterpret_cast<uintptr_t>(b->data()) + 15) & ~uintptr_t(15)) + offset;
+            };
+            const auto rgb = buffer(3 * n);
+            const uint8_t* planes[3] = {at(rgb), at(rgb) + n, at(rgb) + 2 * n};
+            for (bool is420 : {false, true}) {
+                const int cw = is420 ? r.width / 2 : (r.width + 1) / 2, ch = is420 ? r.height / 2 : r.height;
+                const int ybytes = n, cbytes = cw * ch;
+                auto out = [&] {
+                    auto b = buffer(ybytes + 2 * cbytes);
+                    return std::make_pair(b, std::array<uint8_t*, 3>{at(b), at(b) + ybytes, at(b) + ybytes + cbytes});
+                };
+                auto [a, pa] = out();
+                auto [b, pb] = out();
+                std::copy(a->begin(), a->end(), b->begin());
+                if (is420) {
+                    int steps[3] = {r.width, cw, cw};
+                    EXPECT_EQ(orviRGBToYUV420_8u_C3P3(at(rgb), pa.data(), r),
+                              orviRGBToYUV420_8u_C3P3R(at(rgb), 3 * r.width, pb.data(), steps, r));
+                } else {
+                    const RoiSize as = oneRow ? RoiSize{n, 1} : r;
+                    int steps[3] = {as.width, (as.width + 1) / 2, (as.width + 1) / 2};
+                    EXPECT_EQ(orviRGBToYUV422_8u_C3P3(at(rgb), pa.data(), r),
+                              orviRGBToYUV422_8u_C3P3R(at(rgb), 3 * as.width, pb.data(), steps, as));
+                    EXPECT_EQ(*a, *b);
+                    EXPECT_EQ(orviRGBToYUV422_8u_P3(planes, pa.data(), r),
+                              orviRGBToYUV422_8u_P3R(planes, as.width, pb.data(), steps, as));
+                }
+                EXPECT_EQ(*a, *b);
+            }
+        }
+}
+
+TEST(YuvSub, RgbToYuvCheckOrder)
 {
     auto toYuv = [](OrvStatus (*f)(const Orv8u* const*, int, Orv8u**, int*, RoiSize)) -> ConvCall {
         return [f](void* s, int ss, void* d, int ds, RoiSize r) {
@@ -418,8 +658,16 @@ TEST(YuvSub, RgbTo420CheckOrder)
             return f(static_cast<const Orv8u* const*>(s), ss, static_cast<Orv8u**>(d), steps, r);
         };
     };
+    auto fromBytes = [](OrvStatus (*f)(const Orv8u*, int, Orv8u**, int*, RoiSize)) -> ConvCall {
+        return [f](void* s, int ss, void* d, int ds, RoiSize r) {
+            int steps[3] = {ds, ds, ds};
+            return f(static_cast<const Orv8u*>(s), ss, static_cast<Orv8u**>(d), steps, r);
+        };
+    };
     const std::vector<Fault> planar = {F::SrcNull, F::DstNull, F::Width, F::Height, F::SrcPlane0, F::SrcPlane1,
                                        F::SrcPlane2, F::DstPlane0, F::DstPlane1, F::DstPlane2};
+    const std::vector<Fault> toPlanes = {F::SrcNull, F::DstNull, F::Width, F::Height, F::DstPlane0, F::DstPlane1,
+                                         F::DstPlane2};
     const std::vector<Conversion> all = {
         {"RGBToYUV420_8u_P3R", {3, 1}, {3, 1}, toYuv(orviRGBToYUV420_8u_P3R), wholeRow, planar},
         {"RGBToYUV420_8u_P3", {3, 1}, {3, 1},
@@ -433,6 +681,26 @@ TEST(YuvSub, RgbTo420CheckOrder)
              return orviBGRToYUV420_8u_AC4P3R(static_cast<const Orv8u*>(s), ss, static_cast<Orv8u**>(d), steps, r);
          },
          wholeRow, {F::SrcNull, F::DstNull, F::Width, F::Height, F::DstPlane0, F::DstPlane1, F::DstPlane2}},
+        {"RGBToYUV422_8u_P3R", {3, 1}, {3, 1}, toYuv(orviRGBToYUV422_8u_P3R), wholeRow, planar},
+        {"RGBToYUV422_8u_P3", {3, 1}, {3, 1},
+         [](void* s, int, void* d, int, RoiSize r) {
+             return orviRGBToYUV422_8u_P3(static_cast<const Orv8u* const*>(s), static_cast<Orv8u**>(d), r);
+         },
+         wholeRow, planar},
+        {"RGBToYUV422_8u_C3P3R", {1, 3}, {3, 1}, fromBytes(orviRGBToYUV422_8u_C3P3R), wholeRow, toPlanes},
+        {"RGBToYUV422_8u_C3P3", {1, 3}, {3, 1},
+         [](void* s, int, void* d, int, RoiSize r) {
+             return orviRGBToYUV422_8u_C3P3(static_cast<const Orv8u*>(s), static_cast<Orv8u**>(d), r);
+         },
+         wholeRow, toPlanes},
+        {"RGBToYUV422_8u_C3C2R", {1, 3}, {1, 2}, call(orviRGBToYUV422_8u_C3C2R), wholeRow,
+         {F::SrcNull, F::DstNull, F::Width, F::Height}},
+        {"RGBToYUV420_8u_C3P3R", {1, 3}, {3, 1}, fromBytes(orviRGBToYUV420_8u_C3P3R), wholeRow, toPlanes},
+        {"RGBToYUV420_8u_C3P3", {1, 3}, {3, 1},
+         [](void* s, int, void* d, int, RoiSize r) {
+             return orviRGBToYUV420_8u_C3P3(static_cast<const Orv8u*>(s), static_cast<Orv8u**>(d), r);
+         },
+         wholeRow, toPlanes},
     };
     for (const Conversion& c : all)
         expectCheckOrder(c);

@@ -20,6 +20,16 @@ inline IntOf<F> index01(F v, int size)
     return clampI(truncI(v * F(127.99805f)), 0, size - 1);
 }
 
+// The same index for values known to lie in 0 .. 1.0000152 (sums of
+// non-negative weights of 8-bit samples, normalised to 1 at full scale, which
+// come out within a few units in the last place of 1): truncation alone stays
+// within 0..127, and the vector path saves the clamp.
+template <class F>
+inline IntOf<F> index01InRange(F v)
+{
+    return truncI(v * F(127.99805f));
+}
+
 // d = (v - c^3) / x with the subtraction of (c c) c fused.
 template <class F>
 inline F offsetFused(F v, F c, F b)

@@ -34,11 +34,12 @@ using namespace cuberoot;
 constexpr float kThreshold = 0.008856f;
 
 // f(t) of one normalised value (short table); `root` gets the cube root.
-template <bool Short4, class F>
+// `InRange`: t comes from 8-bit samples and cannot leave the table.
+template <bool Short4, bool InRange, class F>
 inline F labF(F t, F& root)
 {
     F c, b;
-    lookup(powluv::kShort, index01(t, powluv::kShortSize), c, b);
+    lookup(powluv::kShort, InRange ? index01InRange(t) : index01(t, powluv::kShortSize), c, b);
     const F d = offsetFused(t, c, b);
     root = Short4 ? rootHorner4(d, c, powluv::k4) : c * series8(d);
     return select(le(t, F(kThreshold)), fmadd(F(7.787f), t, F(0.13793103f)), root);
@@ -65,9 +66,10 @@ inline void labForward(F r, F g, F b, F& L, F& dxy, F& dyz)
         z = Z * F(0.0036018905f);
     }
     F rx, ry, rz;
-    const F fx = labF<Short4>(x, rx);
-    const F fy = labF<Short4>(y, ry);
-    const F fz = labF<Short4>(z, rz);
+    constexpr bool kInRange = !std::is_same_v<S, float>;
+    const F fx = labF<Short4, kInRange>(x, rx);
+    const F fy = labF<Short4, kInRange>(y, ry);
+    const F fz = labF<Short4, kInRange>(z, rz);
     L = select(le(y, F(kThreshold)), F(903.3f) * y, ry * F(116.0f) - F(16.0f));
     dxy = fx - fy;
     dyz = fy - fz;

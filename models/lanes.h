@@ -109,17 +109,20 @@ inline void lookup(const P* table, int32_t i, float& first, float& second)
     second = table[i].b;
 }
 // Eight lanes: one 64-bit load of each lane's pair, then the members
-// separated by shuffles. Against two gathers (one per member) this is as
-// fast with one lookup a pixel and faster with three.
+// separated by shuffles. Measured against two 32-bit gathers (one per
+// member) and against two 64-bit gathers of four pairs each, this is as fast
+// with one lookup a pixel and clearly faster with three.
 template <class P>
 inline void lookup(const P* table, I8 i, F8& first, F8& second)
 {
     static_assert(sizeof(P) == 8);
     alignas(32) int32_t at[8];
     _mm256_store_si256(reinterpret_cast<__m256i*>(at), i.v);
+    // The indices are never negative: taken as unsigned they address the
+    // table without a sign extension each.
     auto two = [&](int k) {  // first, second of lanes k and k + 1
-        const __m128 lo = _mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(&table[at[k]]));
-        return _mm_loadh_pi(lo, reinterpret_cast<const __m64*>(&table[at[k + 1]]));
+        const __m128 lo = _mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(&table[uint32_t(at[k])]));
+        return _mm_loadh_pi(lo, reinterpret_cast<const __m64*>(&table[uint32_t(at[k + 1])]));
     };
     const __m256 even = _mm256_setr_m128(two(0), two(4));  // lanes 0 1 | 4 5
     const __m256 odd = _mm256_setr_m128(two(2), two(6));   // lanes 2 3 | 6 7

@@ -204,9 +204,11 @@ TEST(VngQuotient, IntegerLanesMatchFloatDivisionOverTheWholeRange)
             _mm256_store_si256(reinterpret_cast<__m256i*>(got),
                                h9::roundedQuotientEpi16(_mm256_load_si256(reinterpret_cast<const __m256i*>(diff)),
                                                         _mm256_set1_epi16(int16_t(twoN))));
-            for (int i = 0; i < 16; ++i)
-                if (diff[i] <= 4080)
+            for (int i = 0; i < 16; ++i) {
+                if (diff[i] <= 4080) {
                     ASSERT_EQ(got[i], h9::roundedQuotient(diff[i], twoN)) << diff[i] << " / " << twoN;
+                }
+            }
         }
 }
 

@@ -297,6 +297,43 @@ TEST(ReduceVector, MatchesScalarForms)
     SWEEP(32f16s, Orv32f, Orv16s, 33);
 }
 
+// Bytes go through a map fitted per call where the levels are few; every
+// byte value at every level count, plain and ordered, against the scalar
+// form, on images large enough to take the map.
+TEST(ReduceVector, ByteMapsAtEveryLevelCount)
+{
+    ThreadCount one(1);
+    std::mt19937 rng(7);
+    const std::pair<Fn<Orv8u, Orv8u>, int> fns[] = {{orviReduceBits_8u_C1R, 1},
+                                                    {orviReduceBits_8u_C3R, 3},
+                                                    {orviReduceBits_8u_AC4R, 4},
+                                                    {orviReduceBits_8u_C4R, 4}};
+    for (auto [f, ch] : fns) {
+        const int w = 301, h = 32;  // the last pixel of a row takes the other form in C1
+        GuardedImage src = makeImage(w, h, ch, 5, false, 0);
+        fillTypical<Orv8u>(src, rng);
+        for (int y = 0; y < 16; ++y)  // every value at every place in the matrix
+            for (int i = 0; i < w * ch; ++i)
+                src.data<Orv8u>()[y * src.step() + i] = Orv8u(i + 41 * y + y / 4);
+        for (int dtype : {orvDitherNone, orvDitherBayer}) {
+            for (int levels = 2; levels <= 256; levels += levels < 80 ? 1 : 44) {
+                GuardedImage dv = makeImage(w, h, ch, 3, false, 0), ds = makeImage(w, h, ch, 3, false, 0);
+                auto call = [&](GuardedImage& d) {
+                    return f(src.data<Orv8u>(), src.step(), d.data<Orv8u>(), d.step(), {w, h}, 0, dtype, levels,
+                             nullptr);
+                };
+                ASSERT_EQ(call(dv), orvStatusOk);
+                {
+                    ScalarBlocks scalar;
+                    ASSERT_EQ(call(ds), orvStatusOk);
+                }
+                ASSERT_EQ(dv.pixels(), ds.pixels()) << ch << " channels, dither " << dtype << ", levels " << levels;
+                ASSERT_TRUE(dv.guardsIntact());
+            }
+        }
+    }
+}
+
 // ---------------------------------------------------------------------------
 // Threads
 

@@ -15,6 +15,7 @@
 // plan follows the thread count, and with it the output of images with more
 // than one channel.
 #include <algorithm>
+#include <cstring>
 
 #include "frame/driver.h"
 #include "reduce/reduce.h"
@@ -198,6 +199,124 @@ struct Diffuser {
         advance(r, kWave);
     }
 
+    // Floyd-Steinberg, plain: 8 * kVec rows at once, one row per vector
+    // lane. Row k runs kVLag pixels behind row k - 1, so at step j lane k
+    // holds pixel x = j - kVLag k. What it gathers from the row above (at
+    // x + 1, x, x - 1) was computed at steps j - 2, j - 3, j - 4 one lane
+    // down, or, for the band's first row, lies in the error row above the
+    // band; its left neighbour is its own lane at step j - 1. A lane before
+    // the start or past the end of its row leaves error 0, which is what
+    // the margins hold, so every pixel sees exactly the values of the plain
+    // loop and each lane runs the scalar statements in the same order.
+    // Sources go in and outputs come out through small buffers of kChunk
+    // steps, transposed to lanes. The band's last row writes its errors to
+    // the row that the next rows read as the row above: the block keeps the
+    // roles of the plain loop, with an even number of rows.
+    static constexpr int kVec = 2;
+    static constexpr int kVRows = 8 * kVec;
+    static constexpr int kVLag = 3;
+    static constexpr int kChunk = 64;
+
+    void rowsVector(const S* src, int srcStep, D* dst, int dstStep, int width, int y0, float* r[3]) const
+    {
+        static_assert(kFs && kVRows % 2 == 0);
+        float* edge = r[0];  // the row above the band, then the band's last row
+        const S* s[kVRows];
+        D* d[kVRows];
+        for (int k = 0; k < kVRows; ++k) {
+            s[k] = rowAt(src, srcStep, y0 + k);
+            d[k] = rowAt(dst, dstStep, y0 + k);
+        }
+        alignas(32) float srcT[kChunk][kVRows];
+        alignas(32) D outT[kChunk][kVRows];
+        alignas(32) float lastT[kChunk][8];
+
+        const __m256 top = _mm256_set1_ps(Domain<S>::kTop), low = _mm256_set1_ps(kLow);
+        const __m256 vStep = _mm256_set1_ps(step), vInv = _mm256_set1_ps(invStep), vHalf = _mm256_set1_ps(half);
+        const __m256i hiOut = _mm256_set1_epi32(Dest<D>::kHigh), loOut = _mm256_set1_epi32(Dest<D>::kLow);
+        const __m256i down = _mm256_setr_epi32(0, 0, 1, 2, 3, 4, 5, 6), last = _mm256_set1_epi32(7);
+        const __m256i lanes = _mm256_setr_epi32(0, kVLag, 2 * kVLag, 3 * kVLag, 4 * kVLag, 5 * kVLag, 6 * kVLag,
+                                                7 * kVLag);
+        const __m256i vWidth = _mm256_set1_epi32(width), minus1 = _mm256_set1_epi32(-1);
+
+        // From the errors of a step to what the next row gathers from it:
+        // one lane down, the first lane from `first`.
+        auto lower = [&](__m256 e, __m256 first) {
+            return _mm256_blend_ps(_mm256_permutevar8x32_ps(e, down), first, 1);
+        };
+        auto above = [&](int j) { return _mm256_broadcast_ss(edge + std::min(j + kVLag, width)); };
+
+        // up<i>: what the rows gathered from step j - i.
+        __m256 e1[kVec], up1[kVec], up2[kVec], up3[kVec], up4[kVec];
+        for (int v = 0; v < kVec; ++v)
+            e1[v] = up1[v] = up2[v] = up3[v] = up4[v] = _mm256_setzero_ps();
+        up1[0] = lower(e1[0], above(-1));
+        up2[0] = lower(e1[0], above(-2));
+        up3[0] = lower(e1[0], above(-3));
+        up4[0] = lower(e1[0], above(-4));
+
+        const int steps = width + (kVRows - 1) * kVLag;
+        for (int j0 = 0; j0 < steps; j0 += kChunk) {
+            const int j1 = std::min(steps, j0 + kChunk);
+            if (j0 < (kVRows - 1) * kVLag || j1 > width)
+                std::memset(srcT, 0, sizeof srcT);
+            for (int k = 0; k < kVRows; ++k) {
+                const int xa = std::max(0, j0 - kVLag * k), xb = std::min(width, j1 - kVLag * k);
+                for (int x = xa; x < xb; ++x)
+                    srcT[x + kVLag * k - j0][k] = Domain<S>::value(load(s[k] + x * pixStride));
+            }
+            for (int j = j0; j < j1; ++j) {
+                __m256 e[kVec];
+                for (int v = 0; v < kVec; ++v) {
+                    const __m256i x = _mm256_sub_epi32(_mm256_set1_epi32(j - 8 * kVLag * v), lanes);
+                    const __m256i act = _mm256_and_si256(_mm256_cmpgt_epi32(vWidth, x), _mm256_cmpgt_epi32(x, minus1));
+                    const __m256 sv = _mm256_load_ps(&srcT[j - j0][8 * v]);
+                    __m256 a, val;
+                    if constexpr (kFusedGather) {
+                        a = _mm256_mul_ps(_mm256_set1_ps(5.0f), up3[v]);
+                        a = _mm256_fmadd_ps(_mm256_set1_ps(3.0f), up2[v], a);
+                        a = _mm256_add_ps(a, up4[v]);
+                        a = _mm256_fmadd_ps(_mm256_set1_ps(7.0f), e1[v], a);
+                        val = _mm256_fmadd_ps(_mm256_set1_ps(0.0625f), a, sv);
+                    } else {
+                        a = _mm256_add_ps(_mm256_mul_ps(_mm256_set1_ps(3.0f), up2[v]), up4[v]);
+                        a = _mm256_add_ps(a, _mm256_mul_ps(_mm256_set1_ps(5.0f), up3[v]));
+                        a = _mm256_add_ps(a, _mm256_mul_ps(_mm256_set1_ps(7.0f), e1[v]));
+                        val = _mm256_add_ps(sv, _mm256_mul_ps(_mm256_set1_ps(0.0625f), a));
+                    }
+                    const __m256 hi = _mm256_cmp_ps(val, top, _CMP_GE_OQ);
+                    const __m256 lo = _mm256_cmp_ps(val, low, _CMP_LT_OQ);
+                    const __m256 n = _mm256_cvtepi32_ps(_mm256_cvttps_epi32(_mm256_mul_ps(val, vInv)));
+                    const __m256 q0 = _mm256_mul_ps(n, vStep);
+                    const __m256 rem = _mm256_sub_ps(val, q0);
+                    const __m256 q = _mm256_add_ps(q0, _mm256_and_ps(_mm256_cmp_ps(rem, vHalf, _CMP_GT_OQ), vStep));
+                    const __m256 keep = _mm256_andnot_ps(_mm256_or_ps(hi, lo), _mm256_castsi256_ps(act));
+                    e[v] = _mm256_and_ps(_mm256_sub_ps(val, q), keep);
+                    __m256i o = level8<S, D, kOut>(q);
+                    o = _mm256_blendv_epi8(o, hiOut, _mm256_castps_si256(hi));
+                    o = _mm256_blendv_epi8(o, loOut, _mm256_castps_si256(lo));
+                    store8(&outT[j - j0][8 * v], o);
+                }
+                _mm256_store_ps(lastT[j - j0], e[kVec - 1]);
+                for (int v = kVec - 1; v >= 0; --v) {
+                    up4[v] = up3[v];
+                    up3[v] = up2[v];
+                    up2[v] = up1[v];
+                    up1[v] = lower(e[v], v == 0 ? above(j) : _mm256_permutevar8x32_ps(e[v - 1], last));
+                    e1[v] = e[v];
+                }
+            }
+            for (int k = 0; k < kVRows; ++k) {
+                const int xa = std::max(0, j0 - kVLag * k), xb = std::min(width, j1 - kVLag * k);
+                for (int x = xa; x < xb; ++x)
+                    store(d[k] + x * pixStride, outT[x + kVLag * k - j0][k]);
+            }
+            constexpr int kLast = kVLag * (kVRows - 1);
+            for (int x = std::max(0, j0 - kLast); x < std::min(width, j1 - kLast); ++x)
+                edge[x] = lastT[x + kLast - j0][7];
+        }
+    }
+
     // A section: its block cleared, then its channels in order, each from
     // row 0, the error rows changing roles after every row.
     void section(const S* src, int srcStep, D* dst, int dstStep, RoiSize roi, float* block, int first,
@@ -209,6 +328,10 @@ struct Diffuser {
         float* r[3] = {block + margin(M), block + margin(M) + per, block + margin(M) + 2 * per};
         for (int c = first; c < first + count; ++c) {
             int y = 0;
+            if constexpr (kFs && !Noise)
+                if (!g_scalarBlocks)
+                    for (; y + kVRows <= roi.height; y += kVRows)
+                        rowsVector(src + c, srcStep, dst + c, dstStep, w, y, r);
             if (!g_scalarBlocks)
                 for (; y + kWave <= roi.height; y += kWave)
                     rowsWave(src + c, srcStep, dst + c, dstStep, w, y, r);

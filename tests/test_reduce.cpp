@@ -252,8 +252,10 @@ void sweepPair(Fn<S, D> c1, Fn<S, D> c3, Fn<S, D> ac4, Fn<S, D> c4, int levels)
     std::mt19937 rng(12345);
     ThreadCount one(1);  // threads have their own test; regions cost here
     std::vector<Geometry> geometries = standardSweep(int(sizeof(S) * sizeof(D)));
-    for (int w : {1, 2, 3, 6, 17, 300})  // taller: several groups of four rows
-        geometries.push_back({w, 11, 0, 2 * int(sizeof(S) * sizeof(D)), w % 2 == 0, 0});
+    // Taller: error diffusion runs bands of 16 rows and of 8, then single
+    // rows.
+    for (int w : {1, 2, 3, 6, 17, 300})
+        geometries.push_back({w, w % 2 ? 40 : 37, 0, 2 * int(sizeof(S) * sizeof(D)), w % 2 == 0, 0});
     for (const Geometry& g : geometries) {
         for (auto [f, ch] : fns) {
             SCOPED_TRACE(testing::Message() << g.str() << ", " << ch << " channels");

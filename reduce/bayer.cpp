@@ -72,9 +72,13 @@ struct BayerRow {
     BayerRow(const S* r, int y_, float step_, float invStep_, const NoiseTables& nt, const ByteMap<kPeriod>* m)
         : row(r), y(y_), step(step_), invStep(invStep_), noise(nt), map(m)
     {
-        for (int k = 0; k < 12; ++k) {
-            rowK[k] = kBayer[y & 3][k & 3];
-            rowT[k] = step * rowK[k];
+        // The matrix row and its products, three times over: whole-row
+        // copies rather than an indexed loop, which compilers turn into
+        // gathers.
+        const __m128 k4 = _mm_loadu_ps(kBayer[y & 3]), t4 = _mm_mul_ps(_mm_set1_ps(step), k4);
+        for (int k = 0; k < 12; k += 4) {
+            _mm_storeu_ps(rowK + k, k4);
+            _mm_storeu_ps(rowT + k, t4);
         }
     }
 
@@ -142,7 +146,8 @@ struct BayerRow {
                 D* dp = d + i * kDstPix + 32 * p;
                 __m256i r = m.template apply<kChunks>(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(sp)), p);
                 if constexpr (Lay == Layout::AC4)
-                    r = _mm256_blendv_epi8(r, _mm256_loadu_si256(reinterpret_cast<const __m256i*>(dp)), alpha);
+                    r = _mm256_or_si256(_mm256_andnot_si256(alpha, r),
+                                        _mm256_and_si256(alpha, _mm256_loadu_si256(reinterpret_cast<const __m256i*>(dp))));
                 _mm256_storeu_si256(reinterpret_cast<__m256i*>(dp), r);
             }
         }

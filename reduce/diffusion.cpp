@@ -284,6 +284,20 @@ struct Diffuser {
         }
     }
 
+    // The steps of a band chunk by chunk: sources in, step(j, j - chunk
+    // start) for each step, outputs and the last rows' errors out.
+    template <class Step>
+    void runBand(Band& b, int width, int steps, float* const (&rows)[8], Step&& oneStep) const
+    {
+        for (int j0 = 0; j0 < steps; j0 += kChunk) {
+            const int j1 = std::min(steps, j0 + kChunk);
+            bandIn(b, j0, j1, width);
+            for (int j = j0; j < j1; ++j)
+                oneStep(j, j - j0);
+            bandOut(b, j0, j1, width, rows);
+        }
+    }
+
     void rowsVector(const S* src, int srcStep, D* dst, int dstStep, int width, int y0, float* r[3]) const
     {
         static_assert(kVRows % 6 == 2);  // the roles after a band are those after two rows
@@ -320,39 +334,35 @@ struct Diffuser {
         up3[0] = lower(e1[0], above(-3));
         up4[0] = lower(e1[0], above(-4));
 
-        for (int j0 = 0; j0 < steps; j0 += kChunk) {
-            const int j1 = std::min(steps, j0 + kChunk);
-            bandIn(b, j0, j1, width);
-            for (int j = j0; j < j1; ++j) {
-                __m256 e[kVec];
-                for (int v = 0; v < kVec; ++v) {
-                    const __m256 sv = _mm256_load_ps(&b.srcT[j - j0][8 * v]);
-                    __m256 a, val;
-                    if constexpr (kFusedGather) {
-                        a = _mm256_mul_ps(_mm256_set1_ps(5.0f), up3[v]);
-                        a = _mm256_fmadd_ps(_mm256_set1_ps(3.0f), up2[v], a);
-                        a = _mm256_add_ps(a, up4[v]);
-                        a = _mm256_fmadd_ps(_mm256_set1_ps(7.0f), e1[v], a);
-                        val = _mm256_fmadd_ps(_mm256_set1_ps(0.0625f), a, sv);
-                    } else {
-                        a = _mm256_add_ps(_mm256_mul_ps(_mm256_set1_ps(3.0f), up2[v]), up4[v]);
-                        a = _mm256_add_ps(a, _mm256_mul_ps(_mm256_set1_ps(5.0f), up3[v]));
-                        a = _mm256_add_ps(a, _mm256_mul_ps(_mm256_set1_ps(7.0f), e1[v]));
-                        val = _mm256_add_ps(sv, _mm256_mul_ps(_mm256_set1_ps(0.0625f), a));
-                    }
-                    e[v] = quantLanes(val, active(j, v, width), &b.outT[j - j0][8 * v]);
+        float* const rows[8] = {nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, edge};
+        runBand(b, width, steps, rows, [&](int j, int i) {
+            __m256 e[kVec];
+            for (int v = 0; v < kVec; ++v) {
+                const __m256 sv = _mm256_load_ps(&b.srcT[i][8 * v]);
+                __m256 a, val;
+                if constexpr (kFusedGather) {
+                    a = _mm256_mul_ps(_mm256_set1_ps(5.0f), up3[v]);
+                    a = _mm256_fmadd_ps(_mm256_set1_ps(3.0f), up2[v], a);
+                    a = _mm256_add_ps(a, up4[v]);
+                    a = _mm256_fmadd_ps(_mm256_set1_ps(7.0f), e1[v], a);
+                    val = _mm256_fmadd_ps(_mm256_set1_ps(0.0625f), a, sv);
+                } else {
+                    a = _mm256_add_ps(_mm256_mul_ps(_mm256_set1_ps(3.0f), up2[v]), up4[v]);
+                    a = _mm256_add_ps(a, _mm256_mul_ps(_mm256_set1_ps(5.0f), up3[v]));
+                    a = _mm256_add_ps(a, _mm256_mul_ps(_mm256_set1_ps(7.0f), e1[v]));
+                    val = _mm256_add_ps(sv, _mm256_mul_ps(_mm256_set1_ps(0.0625f), a));
                 }
-                _mm256_store_ps(b.lastT[j - j0], e[kVec - 1]);
-                for (int v = kVec - 1; v >= 0; --v) {
-                    up4[v] = up3[v];
-                    up3[v] = up2[v];
-                    up2[v] = up1[v];
-                    up1[v] = lower(e[v], v == 0 ? above(j) : _mm256_permutevar8x32_ps(e[v - 1], last));
-                    e1[v] = e[v];
-                }
+                e[v] = quantLanes(val, active(j, v, width), &b.outT[i][8 * v]);
             }
-            bandOut(b, j0, j1, width, {nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, edge});
-        }
+            _mm256_store_ps(b.lastT[i], e[kVec - 1]);
+            for (int v = kVec - 1; v >= 0; --v) {
+                up4[v] = up3[v];
+                up3[v] = up2[v];
+                up2[v] = up1[v];
+                up1[v] = lower(e[v], v == 0 ? above(j) : _mm256_permutevar8x32_ps(e[v - 1], last));
+                e1[v] = e[v];
+            }
+        });
     }
 
     // Jarvis-Judice-Ninke and Stucki. With a lag of 4, the row above gives
@@ -396,31 +406,26 @@ struct Diffuser {
         for (int jp = -16; jp < 0; ++jp)
             push(jp, zero);
 
-        for (int j0 = 0; j0 < steps; j0 += kChunk) {
-            const int j1 = std::min(steps, j0 + kChunk);
-            bandIn(b, j0, j1, width);
-            for (int j = j0; j < j1; ++j) {
-                __m256 e[kVec];
-                for (int v = 0; v < kVec; ++v) {
-                    __m256 p[4];
-                    for (int k = 0; k < 4; ++k) {
-                        p[k] = _mm256_mul_ps(_mm256_set1_ps(w.near[k]), N1[(j - 6 + k) & 15][v]);
-                        p[k] = _mm256_fmadd_ps(_mm256_set1_ps(w.far[k]), N2[(j - 10 + k) & 15][v], p[k]);
-                        if (k < 2)
-                            p[k] = _mm256_fmadd_ps(_mm256_set1_ps(w.cur[k]), E[(j - 2 + k) & 15][v], p[k]);
-                    }
-                    __m256 s = _mm256_add_ps(_mm256_add_ps(p[0], p[2]), _mm256_add_ps(p[1], p[3]));
-                    s = _mm256_add_ps(s, N2[(j - 6) & 15][v]);
-                    s = _mm256_add_ps(s, _mm256_mul_ps(_mm256_set1_ps(w.near[4]), N1[(j - 2) & 15][v]));
-                    const __m256 val =
-                        _mm256_add_ps(_mm256_load_ps(&b.srcT[j - j0][8 * v]), _mm256_mul_ps(_mm256_set1_ps(w.scale), s));
-                    e[v] = quantLanes(val, active(j, v, width), &b.outT[j - j0][8 * v]);
+        runBand(b, width, steps, rows, [&](int j, int i) {
+            __m256 e[kVec];
+            for (int v = 0; v < kVec; ++v) {
+                __m256 p[4];
+                for (int k = 0; k < 4; ++k) {
+                    p[k] = _mm256_mul_ps(_mm256_set1_ps(w.near[k]), N1[(j - 6 + k) & 15][v]);
+                    p[k] = _mm256_fmadd_ps(_mm256_set1_ps(w.far[k]), N2[(j - 10 + k) & 15][v], p[k]);
+                    if (k < 2)
+                        p[k] = _mm256_fmadd_ps(_mm256_set1_ps(w.cur[k]), E[(j - 2 + k) & 15][v], p[k]);
                 }
-                _mm256_store_ps(b.lastT[j - j0], e[kVec - 1]);
-                push(j, e);
+                __m256 s = _mm256_add_ps(_mm256_add_ps(p[0], p[2]), _mm256_add_ps(p[1], p[3]));
+                s = _mm256_add_ps(s, N2[(j - 6) & 15][v]);
+                s = _mm256_add_ps(s, _mm256_mul_ps(_mm256_set1_ps(w.near[4]), N1[(j - 2) & 15][v]));
+                const __m256 val =
+                    _mm256_add_ps(_mm256_load_ps(&b.srcT[i][8 * v]), _mm256_mul_ps(_mm256_set1_ps(w.scale), s));
+                e[v] = quantLanes(val, active(j, v, width), &b.outT[i][8 * v]);
             }
-            bandOut(b, j0, j1, width, rows);
-        }
+            _mm256_store_ps(b.lastT[i], e[kVec - 1]);
+            push(j, e);
+        });
     }
 
     // A section: its block cleared, then its channels in order, each from

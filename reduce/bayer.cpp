@@ -6,6 +6,7 @@
 // Rows are independent, so they run on any number of threads with the same
 // output: C1, C3 and AC4 above 9216 pixels, C4 always.
 #include "frame/driver.h"
+#include "reduce/bytemap.h"
 #include "reduce/reduce.h"
 
 namespace h9::reduce {
@@ -64,13 +65,20 @@ struct BayerRow {
     float rowT[12];   // plain: step * matrix row, columns 0..3 repeated
     float rowK[12];   // noise: the matrix row itself, repeated
     NoiseTables noise;
+    // Plain bytes: the row's map, when the call found one.
+    static constexpr int kPeriod = Lay == Layout::C3 ? 3 : 1;
+    const ByteMap<kPeriod>* map = nullptr;
 
-    BayerRow(const S* r, int y_, float step_, float invStep_, const NoiseTables& nt)
-        : row(r), y(y_), step(step_), invStep(invStep_), noise(nt)
+    BayerRow(const S* r, int y_, float step_, float invStep_, const NoiseTables& nt, const ByteMap<kPeriod>* m)
+        : row(r), y(y_), step(step_), invStep(invStep_), noise(nt), map(m)
     {
-        for (int k = 0; k < 12; ++k) {
-            rowK[k] = kBayer[y & 3][k & 3];
-            rowT[k] = step * rowK[k];
+        // The matrix row and its products, three times over: whole-row
+        // copies rather than an indexed loop, which compilers turn into
+        // gathers.
+        const __m128 k4 = _mm_loadu_ps(kBayer[y & 3]), t4 = _mm_mul_ps(_mm_set1_ps(step), k4);
+        for (int k = 0; k < 12; k += 4) {
+            _mm_storeu_ps(rowK + k, k4);
+            _mm_storeu_ps(rowT + k, t4);
         }
     }
 
@@ -123,11 +131,44 @@ struct BayerRow {
             store8(d, level8<S, D, kOut>(q));
     }
 
+    // 32 bytes a round through the map; returns the pixels done. The row's
+    // vector part starts at its first pixel, where the pattern starts.
+    template <int kChunks>
+    int mapped(const S* s, D* d, int n) const
+    {
+        constexpr int kPix = 32 * kPeriod / kSrcPix;  // pixels per pattern
+        const __m256i alpha = _mm256_set1_epi32(int32_t(0xFF000000u));
+        const ByteMap<kPeriod> m = *map;  // a local copy stays in registers: byte stores alias everything
+        int i = 0;
+        for (; i + kPix <= n; i += kPix) {
+            for (int p = 0; p < kPeriod; ++p) {
+                const S* sp = s + i * kSrcPix + 32 * p;
+                D* dp = d + i * kDstPix + 32 * p;
+                __m256i r = m.template apply<kChunks>(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(sp)), p);
+                if constexpr (Lay == Layout::AC4)
+                    r = _mm256_or_si256(_mm256_andnot_si256(alpha, r),
+                                        _mm256_and_si256(alpha, _mm256_loadu_si256(reinterpret_cast<const __m256i*>(dp))));
+                _mm256_storeu_si256(reinterpret_cast<__m256i*>(dp), r);
+            }
+        }
+        return i;
+    }
+
     // Eight pixels a round: their thresholds, expanded to channel order.
     void vector(const S* s, D* d, int n) const
     {
         const int x0 = int((s - row) / kSrcPix);
         int i = 0;
+        if constexpr (std::is_same_v<S, uint8_t> && !Noise) {
+            if (map && x0 == 0) {
+                switch (map->chunks) {
+                case 1: i = mapped<1>(s, d, n); break;
+                case 2: i = mapped<2>(s, d, n); break;
+                case 3: i = mapped<3>(s, d, n); break;
+                default: i = mapped<4>(s, d, n); break;
+                }
+            }
+        }
         for (; i + 8 <= n; i += 8) {
             const __m256 t = threshold8(x0 + i);
             const S* sp = s + i * kSrcPix;
@@ -150,13 +191,56 @@ struct BayerRow {
     }
 };
 
+// Plain bytes: the index and the output of every byte value at each of the
+// 16 thresholds, by the same eight-lane arithmetic as the float path, fitted
+// as one map per row of the matrix. False when there is no fit.
+template <int kPeriod, class Pos>
+bool bayerMaps(float step, float invStep, int L, Pos pos, ByteMap<kPeriod> (&maps)[4])
+{
+    int index[16][256];
+    uint8_t out[16][256];
+    const __m256 a = _mm256_set1_ps(step), inv = _mm256_set1_ps(invStep);
+    for (int j = 0; j < 16; ++j) {
+        const __m256 t = _mm256_set1_ps(step * kBayer[j / 4][j % 4]);
+        for (int v = 0; v < 256; v += 8) {
+            const __m256 x = _mm256_cvtepi32_ps(_mm256_add_epi32(_mm256_set1_epi32(v), _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7)));
+            const __m256i ni = _mm256_cvttps_epi32(_mm256_mul_ps(x, inv));
+            const __m256 r = _mm256_fnmadd_ps(_mm256_cvtepi32_ps(ni), a, x);
+            const __m256i up = _mm256_castps_si256(_mm256_cmp_ps(r, t, _CMP_GT_OQ));
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(&index[j][v]), _mm256_sub_epi32(ni, up));
+            store8(&out[j][v], level8<uint8_t, uint8_t, Out::Exact>(quantFused8(x, inv, a, t)));
+        }
+    }
+    IndexFit fits[16];
+    uint8_t levels[64];
+    int used;
+    if (!fitPositions(index, out, 16, L, fits, levels, used))
+        return false;
+    for (int ry = 0; ry < 4; ++ry)
+        maps[ry].lay(fits + 4 * ry, levels, used, pos);
+    return true;
+}
+
+// Images smaller than this keep the float path: finding the maps costs
+// about as much as a few thousand elements.
+constexpr int64_t kMapElements = 8192;
+
 template <class S, class D, Layout Lay, bool Noise>
 void bayerRows(const S* src, int srcStep, D* dst, int dstStep, RoiSize roi, float step, float invStep,
-               const NoiseTables& nt)
+               const NoiseTables& nt, float L)
 {
+    using Row = BayerRow<S, D, Lay, Noise>;
+    constexpr int kPeriod = Row::kPeriod;
+    ByteMap<kPeriod> maps[4];
+    bool haveMaps = false;
+    if constexpr (std::is_same_v<S, uint8_t> && !Noise) {
+        if (int64_t(roi.width) * roi.height * channels(Lay) >= kMapElements)
+            haveMaps = bayerMaps<kPeriod>(step, invStep, int(L), [](int b) { return (b / stride(Lay)) & 3; }, maps);
+    }
     auto body = [&](int y) {
         const S* s = rowAt(src, srcStep, y);
-        runRow(BayerRow<S, D, Lay, Noise>(s, y, step, invStep, nt), s, rowAt(dst, dstStep, y), roi.width);
+        runRow(Row(s, y, step, invStep, nt, haveMaps ? &maps[y & 3] : nullptr), s, rowAt(dst, dstStep, y),
+               roi.width);
     };
     if constexpr (Lay == Layout::C4)
         rowsParallel(roi.height, body);
@@ -171,13 +255,13 @@ void bayerLayout(const S* src, D* dst, const Call& c, float step, float invStep,
     const int ss = wholeElements<S>(c.srcStep), ds = wholeElements<D>(c.dstStep);
     switch (c.layout) {
     case Layout::C1:
-        return bayerRows<S, D, Layout::C1, Noise>(src, ss, dst, ds, c.roi, step, invStep, nt);
+        return bayerRows<S, D, Layout::C1, Noise>(src, ss, dst, ds, c.roi, step, invStep, nt, c.L);
     case Layout::C3:
-        return bayerRows<S, D, Layout::C3, Noise>(src, ss, dst, ds, c.roi, step, invStep, nt);
+        return bayerRows<S, D, Layout::C3, Noise>(src, ss, dst, ds, c.roi, step, invStep, nt, c.L);
     case Layout::AC4:
-        return bayerRows<S, D, Layout::AC4, Noise>(src, ss, dst, ds, c.roi, step, invStep, nt);
+        return bayerRows<S, D, Layout::AC4, Noise>(src, ss, dst, ds, c.roi, step, invStep, nt, c.L);
     case Layout::C4:
-        return bayerRows<S, D, Layout::C4, Noise>(src, c.srcStep, dst, c.dstStep, c.roi, step, invStep, nt);
+        return bayerRows<S, D, Layout::C4, Noise>(src, c.srcStep, dst, c.dstStep, c.roi, step, invStep, nt, c.L);
     }
 }
 

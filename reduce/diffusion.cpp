@@ -15,6 +15,7 @@
 // plan follows the thread count, and with it the output of images with more
 // than one channel.
 #include <algorithm>
+#include <cstring>
 
 #include "frame/driver.h"
 #include "reduce/reduce.h"
@@ -69,9 +70,9 @@ struct Diffuser {
         if constexpr (kFs) {
             if constexpr (kFusedGather) {
                 float a = 5.0f * prev[x];
-                a = fmaf32(3.0f, prev[x + 1], a);
+                a = fmaf32(3.0f, pinned(prev[x + 1]), a);
                 a = a + prev[x - 1];
-                a = fmaf32(7.0f, cur[x - 1], a);
+                a = fmaf32(7.0f, pinned(cur[x - 1]), a);
                 return fmaf32(0.0625f, a, s);
             } else {
                 float a = 3.0f * prev[x + 1] + prev[x - 1];
@@ -85,9 +86,9 @@ struct Diffuser {
             float p[4];
             for (int k = 0; k < 4; ++k) {
                 p[k] = w.near[k] * near[x - 2 + k];
-                p[k] = fmaf32(w.far[k], far[x - 2 + k], p[k]);
+                p[k] = fmaf32(w.far[k], pinned(far[x - 2 + k]), p[k]);
                 if (k < 2)
-                    p[k] = fmaf32(w.cur[k], cur[x - 2 + k], p[k]);
+                    p[k] = fmaf32(w.cur[k], pinned(cur[x - 2 + k]), p[k]);
             }
             float b = (p[0] + p[2]) + (p[1] + p[3]);
             b = b + far[x + 2];
@@ -198,6 +199,235 @@ struct Diffuser {
         advance(r, kWave);
     }
 
+    // Plain forms: 8 * kVec rows at once, one row per vector lane. Row k
+    // runs kVLag pixels behind row k - 1, so at step j lane k holds pixel
+    // x = j - kVLag k. What it gathers from the row above (x - 2 to x + 2)
+    // was computed some steps earlier one lane down, from two rows above two
+    // lanes down, or, for the band's first rows, lies in the error rows
+    // above the band; its left neighbours are its own lane one and two steps
+    // back. The lag keeps every term from the rows above at least two steps
+    // back, off the chain from one pixel to the next. A lane before the
+    // start or past the end of its row leaves error 0, which is what the
+    // margins hold, so every pixel sees exactly the values of the plain loop
+    // and each lane runs the scalar statements in the same order. Sources go
+    // in and outputs come out through small buffers of kChunk steps,
+    // transposed to lanes. The band's last rows write their errors to the
+    // rows where the plain loop would leave them.
+    static constexpr int kVec = 4;
+    static constexpr int kVRows = 8 * kVec;
+    static constexpr int kVLag = kFs ? 3 : 4;
+    static constexpr int kChunk = 64;
+
+    // The lanes' quantiser: outputs to `out`, returns the new errors.
+    __m256 quantLanes(__m256 val, __m256i act, D* out) const
+    {
+        const __m256 vStep = _mm256_set1_ps(step);
+        const __m256 hi = _mm256_cmp_ps(val, _mm256_set1_ps(Domain<S>::kTop), _CMP_GE_OQ);
+        const __m256 lo = _mm256_cmp_ps(val, _mm256_set1_ps(kLow), _CMP_LT_OQ);
+        const __m256 n = _mm256_cvtepi32_ps(_mm256_cvttps_epi32(_mm256_mul_ps(val, _mm256_set1_ps(invStep))));
+        const __m256 q0 = _mm256_mul_ps(n, vStep);
+        const __m256 rem = _mm256_sub_ps(val, q0);
+        const __m256 q = _mm256_add_ps(q0, _mm256_and_ps(_mm256_cmp_ps(rem, _mm256_set1_ps(half), _CMP_GT_OQ), vStep));
+        const __m256 keep = _mm256_andnot_ps(_mm256_or_ps(hi, lo), _mm256_castsi256_ps(act));
+        __m256i o = level8<S, D, kOut>(q);
+        o = _mm256_blendv_epi8(o, _mm256_set1_epi32(Dest<D>::kHigh), _mm256_castps_si256(hi));
+        o = _mm256_blendv_epi8(o, _mm256_set1_epi32(Dest<D>::kLow), _mm256_castps_si256(lo));
+        store8(out, o);
+        return _mm256_and_ps(_mm256_sub_ps(val, q), keep);
+    }
+
+    // Lanes holding a pixel of their row at step j, for vector v.
+    static __m256i active(int j, int v, int width)
+    {
+        const __m256i lanes = _mm256_setr_epi32(0, kVLag, 2 * kVLag, 3 * kVLag, 4 * kVLag, 5 * kVLag, 6 * kVLag,
+                                                7 * kVLag);
+        const __m256i x = _mm256_sub_epi32(_mm256_set1_epi32(j - 8 * kVLag * v), lanes);
+        return _mm256_and_si256(_mm256_cmpgt_epi32(_mm256_set1_epi32(width), x),
+                                _mm256_cmpgt_epi32(x, _mm256_set1_epi32(-1)));
+    }
+
+    // The rows of a band and their transposed chunks.
+    struct Band {
+        const S* s[kVRows];
+        D* d[kVRows];
+        alignas(32) float srcT[kChunk][kVRows];
+        alignas(32) D outT[kChunk][kVRows];
+        alignas(32) float lastT[kChunk][8];  // errors of the last vector's lanes
+    };
+
+    void bandIn(Band& b, int j0, int j1, int width) const
+    {
+        if (j0 < (kVRows - 1) * kVLag || j1 > width)
+            std::memset(b.srcT, 0, sizeof b.srcT);
+        for (int k = 0; k < kVRows; ++k) {
+            const int xa = std::max(0, j0 - kVLag * k), xb = std::min(width, j1 - kVLag * k);
+            for (int x = xa; x < xb; ++x)
+                b.srcT[x + kVLag * k - j0][k] = Domain<S>::value(load(b.s[k] + x * pixStride));
+        }
+    }
+
+    // Outputs of the chunk to the rows; errors of row kVRows - 8 + lane to
+    // `rows[lane]` where it is not null.
+    void bandOut(const Band& b, int j0, int j1, int width, float* const (&rows)[8]) const
+    {
+        for (int k = 0; k < kVRows; ++k) {
+            const int xa = std::max(0, j0 - kVLag * k), xb = std::min(width, j1 - kVLag * k);
+            for (int x = xa; x < xb; ++x)
+                store(b.d[k] + x * pixStride, b.outT[x + kVLag * k - j0][k]);
+        }
+        for (int l = 0; l < 8; ++l) {
+            if (!rows[l])
+                continue;
+            const int lag = kVLag * (kVRows - 8 + l);
+            for (int x = std::max(0, j0 - lag); x < std::min(width, j1 - lag); ++x)
+                rows[l][x] = b.lastT[x + lag - j0][l];
+        }
+    }
+
+    // The steps of a band chunk by chunk: sources in, step(j, j - chunk
+    // start) for each step, outputs and the last rows' errors out.
+    template <class Step>
+    void runBand(Band& b, int width, int steps, float* const (&rows)[8], Step&& oneStep) const
+    {
+        for (int j0 = 0; j0 < steps; j0 += kChunk) {
+            const int j1 = std::min(steps, j0 + kChunk);
+            bandIn(b, j0, j1, width);
+            for (int j = j0; j < j1; ++j)
+                oneStep(j, j - j0);
+            bandOut(b, j0, j1, width, rows);
+        }
+    }
+
+    void rowsVector(const S* src, int srcStep, D* dst, int dstStep, int width, int y0, float* r[3]) const
+    {
+        static_assert(kVRows % 6 == 2);  // the roles after a band are those after two rows
+        Band b;
+        for (int k = 0; k < kVRows; ++k) {
+            b.s[k] = rowAt(src, srcStep, y0 + k);
+            b.d[k] = rowAt(dst, dstStep, y0 + k);
+        }
+        const int steps = width + (kVRows - 1) * kVLag;
+        if constexpr (kFs)
+            floydBand(b, width, steps, r);
+        else
+            wideBand(b, width, steps, r);
+        advance(r, kVRows);
+    }
+
+    void floydBand(Band& b, int width, int steps, float* r[3]) const
+    {
+        float* edge = r[0];  // the row above the band, then the band's last row
+        const __m256i down = _mm256_setr_epi32(0, 0, 1, 2, 3, 4, 5, 6), last = _mm256_set1_epi32(7);
+        // From the errors of a step to what the next row gathers from it:
+        // one lane down, the first lane from `first`.
+        auto lower = [&](__m256 e, __m256 first) {
+            return _mm256_blend_ps(_mm256_permutevar8x32_ps(e, down), first, 1);
+        };
+        auto above = [&](int j) { return _mm256_broadcast_ss(edge + std::min(j + kVLag, width)); };
+
+        // up<i>: what the rows gather from step j - i.
+        __m256 e1[kVec], up1[kVec], up2[kVec], up3[kVec], up4[kVec];
+        for (int v = 0; v < kVec; ++v)
+            e1[v] = up1[v] = up2[v] = up3[v] = up4[v] = _mm256_setzero_ps();
+        up1[0] = lower(e1[0], above(-1));
+        up2[0] = lower(e1[0], above(-2));
+        up3[0] = lower(e1[0], above(-3));
+        up4[0] = lower(e1[0], above(-4));
+
+        float* const rows[8] = {nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, edge};
+        runBand(b, width, steps, rows, [&](int j, int i) {
+            __m256 e[kVec];
+            for (int v = 0; v < kVec; ++v) {
+                const __m256 sv = _mm256_load_ps(&b.srcT[i][8 * v]);
+                __m256 a, val;
+                if constexpr (kFusedGather) {
+                    a = _mm256_mul_ps(_mm256_set1_ps(5.0f), up3[v]);
+                    a = _mm256_fmadd_ps(_mm256_set1_ps(3.0f), up2[v], a);
+                    a = _mm256_add_ps(a, up4[v]);
+                    a = _mm256_fmadd_ps(_mm256_set1_ps(7.0f), e1[v], a);
+                    val = _mm256_fmadd_ps(_mm256_set1_ps(0.0625f), a, sv);
+                } else {
+                    a = _mm256_add_ps(_mm256_mul_ps(_mm256_set1_ps(3.0f), up2[v]), up4[v]);
+                    a = _mm256_add_ps(a, _mm256_mul_ps(_mm256_set1_ps(5.0f), up3[v]));
+                    a = _mm256_add_ps(a, _mm256_mul_ps(_mm256_set1_ps(7.0f), e1[v]));
+                    val = _mm256_add_ps(sv, _mm256_mul_ps(_mm256_set1_ps(0.0625f), a));
+                }
+                e[v] = quantLanes(val, active(j, v, width), &b.outT[i][8 * v]);
+            }
+            _mm256_store_ps(b.lastT[i], e[kVec - 1]);
+            for (int v = kVec - 1; v >= 0; --v) {
+                up4[v] = up3[v];
+                up3[v] = up2[v];
+                up2[v] = up1[v];
+                up1[v] = lower(e[v], v == 0 ? above(j) : _mm256_permutevar8x32_ps(e[v - 1], last));
+                e1[v] = e[v];
+            }
+        });
+    }
+
+    // Jarvis-Judice-Ninke and Stucki. With a lag of 4, the row above gives
+    // x - 2 .. x + 2 from steps j - 6 .. j - 2 and the row two above from
+    // steps j - 10 .. j - 6, kept in rings of 16 steps, one and two lanes
+    // down.
+    void wideBand(Band& b, int width, int steps, float* r[3]) const
+    {
+        constexpr const WideWeights& w = M == Method::JarvisJudiceNinke ? kJarvis : kStucki;
+        const Roles first = roles(r, 0);
+        const float* nearRow = first.prev;  // the row above the band
+        const float* farRow = first.far;    // two rows above
+        // Errors of the band's last two rows, where the plain loop leaves them.
+        float* const rows[8] = {nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, roles(r, kVRows - 2).cur,
+                                roles(r, kVRows - 1).cur};
+        const __m256i down1 = _mm256_setr_epi32(0, 0, 1, 2, 3, 4, 5, 6), down2 = _mm256_setr_epi32(0, 0, 0, 1, 2, 3, 4, 5);
+        const __m256i lane6 = _mm256_set1_epi32(6), lane7 = _mm256_set1_epi32(7);
+        auto at = [&](const float* row, int x) { return _mm256_broadcast_ss(row + std::clamp(x, -2, width + 1)); };
+
+        alignas(32) __m256 E[16][kVec], N1[16][kVec], N2[16][kVec];
+        // Step j' (also before the first) into the rings.
+        auto push = [&](int jp, const __m256* e) {
+            const int i = jp & 15;
+            for (int v = 0; v < kVec; ++v) {
+                E[i][v] = e[v];
+                const __m256 s1 = _mm256_permutevar8x32_ps(e[v], down1), s2 = _mm256_permutevar8x32_ps(e[v], down2);
+                if (v == 0) {
+                    N1[i][v] = _mm256_blend_ps(s1, at(nearRow, jp + kVLag), 1);
+                    N2[i][v] = _mm256_blend_ps(_mm256_blend_ps(s2, at(farRow, jp + 2 * kVLag), 1),
+                                               at(nearRow, jp + kVLag), 2);
+                } else {
+                    const __m256 p7 = _mm256_permutevar8x32_ps(e[v - 1], lane7);
+                    N1[i][v] = _mm256_blend_ps(s1, p7, 1);
+                    N2[i][v] = _mm256_blend_ps(_mm256_blend_ps(s2, _mm256_permutevar8x32_ps(e[v - 1], lane6), 1), p7, 2);
+                }
+            }
+        };
+        __m256 zero[kVec];
+        for (int v = 0; v < kVec; ++v)
+            zero[v] = _mm256_setzero_ps();
+        for (int jp = -16; jp < 0; ++jp)
+            push(jp, zero);
+
+        runBand(b, width, steps, rows, [&](int j, int i) {
+            __m256 e[kVec];
+            for (int v = 0; v < kVec; ++v) {
+                __m256 p[4];
+                for (int k = 0; k < 4; ++k) {
+                    p[k] = _mm256_mul_ps(_mm256_set1_ps(w.near[k]), N1[(j - 6 + k) & 15][v]);
+                    p[k] = _mm256_fmadd_ps(_mm256_set1_ps(w.far[k]), N2[(j - 10 + k) & 15][v], p[k]);
+                    if (k < 2)
+                        p[k] = _mm256_fmadd_ps(_mm256_set1_ps(w.cur[k]), E[(j - 2 + k) & 15][v], p[k]);
+                }
+                __m256 s = _mm256_add_ps(_mm256_add_ps(p[0], p[2]), _mm256_add_ps(p[1], p[3]));
+                s = _mm256_add_ps(s, N2[(j - 6) & 15][v]);
+                s = _mm256_add_ps(s, _mm256_mul_ps(_mm256_set1_ps(w.near[4]), N1[(j - 2) & 15][v]));
+                const __m256 val =
+                    _mm256_add_ps(_mm256_load_ps(&b.srcT[i][8 * v]), _mm256_mul_ps(_mm256_set1_ps(w.scale), s));
+                e[v] = quantLanes(val, active(j, v, width), &b.outT[i][8 * v]);
+            }
+            _mm256_store_ps(b.lastT[i], e[kVec - 1]);
+            push(j, e);
+        });
+    }
+
     // A section: its block cleared, then its channels in order, each from
     // row 0, the error rows changing roles after every row.
     void section(const S* src, int srcStep, D* dst, int dstStep, RoiSize roi, float* block, int first,
@@ -209,6 +439,10 @@ struct Diffuser {
         float* r[3] = {block + margin(M), block + margin(M) + per, block + margin(M) + 2 * per};
         for (int c = first; c < first + count; ++c) {
             int y = 0;
+            if constexpr (!Noise)
+                if (!g_scalarBlocks)
+                    for (; y + kVRows <= roi.height; y += kVRows)
+                        rowsVector(src + c, srcStep, dst + c, dstStep, w, y, r);
             if (!g_scalarBlocks)
                 for (; y + kWave <= roi.height; y += kWave)
                     rowsWave(src + c, srcStep, dst + c, dstStep, w, y, r);

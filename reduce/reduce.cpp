@@ -18,6 +18,7 @@
 #include "frame/fronts.h"
 #include "frame/rands.h"
 #include "orvcore.h"
+#include "reduce/bytemap.h"
 #include "reduce/reduce.h"
 
 namespace h9::reduce {
@@ -76,6 +77,17 @@ inline D noneElem(S s, const NoneParams& p)
     const bool up = r > p.halfInv;
     const float q = Fused ? fmaf32(n, p.invL, up ? p.invL : 0.0f) : (up ? q0 + p.invL : q0);
     return Dest<D>::sat(scaled<D>(q));
+}
+
+// The level index of a byte in the fused form: n, plus one when the
+// remainder is above half a level. The fused result depends on it alone.
+inline int noneIndex(uint8_t s, const NoneParams& p)
+{
+    constexpr float c = kUnit<uint8_t>;
+    const float v = float(s);
+    const float n = float(cvtTrunc(p.L * (c * v)));
+    const float r = fmaf32(v, c, -(p.invL * n));
+    return int(n) + (r > p.halfInv ? 1 : 0);
 }
 
 template <class S, class D, bool Fused>
@@ -154,6 +166,7 @@ struct NoneFlat {
     static constexpr bool kTable = std::is_same_v<S, uint8_t>;
     NoneParams p;
     const ByteTable* table = nullptr;
+    const ByteMap<1>* map = nullptr;  // preferred to the table when it fits
 
     Span span(int count, const D*) const { return {0, kGroup ? count / kGroup * kGroup : count}; }
     void block(const S* s, D* d) const { store(d, noneElem<S, D, kFused>(load(s), p)); }
@@ -161,14 +174,34 @@ struct NoneFlat {
     void vector(const S* s, D* d, int n) const
     {
         int i = 0;
-        if constexpr (kTable)
-            for (; i + 32 <= n; i += 32)
-                _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + i),
-                                    (*table)(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + i))));
+        if constexpr (kTable) {
+            if (map) {
+                switch (map->chunks) {
+                case 1: i = mapped<1>(s, d, n); break;
+                case 2: i = mapped<2>(s, d, n); break;
+                case 3: i = mapped<3>(s, d, n); break;
+                default: i = mapped<4>(s, d, n); break;
+                }
+            } else {
+                for (; i + 32 <= n; i += 32)
+                    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + i),
+                                        (*table)(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + i))));
+            }
+        }
         for (; i + 8 <= n; i += 8)
             store8(d + i, none8<S, D, kFused>(s + i, p));
         for (; i < n; ++i)
             block(s + i, d + i);
+    }
+    template <int kChunks>
+    int mapped(const S* s, D* d, int n) const
+    {
+        const ByteMap<1> m = *map;  // a local copy stays in registers: byte stores alias everything
+        int i = 0;
+        for (; i + 32 <= n; i += 32)
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + i),
+                                m.template apply<kChunks>(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + i)), 0));
+        return i;
     }
 };
 
@@ -211,11 +244,24 @@ OrvStatus reduceNone(const S* src, D* dst, const Call& c)
     }
     NoneFlat<S, D> k{p};
     if constexpr (NoneFlat<S, D>::kTable) {
-        uint8_t results[256];
-        for (int v = 0; v < 256; ++v)
-            results[v] = noneElem<S, D, NoneFlat<S, D>::kFused>(S(v), p);
-        static_assert(std::is_same_v<D, uint8_t>);
-        const ByteTable table(results);
+        static_assert(std::is_same_v<D, uint8_t> && NoneFlat<S, D>::kFused);
+        uint8_t results[1][256];
+        int index[1][256];
+        for (int v = 0; v < 256; ++v) {
+            results[0][v] = noneElem<S, D, true>(S(v), p);
+            index[0][v] = noneIndex(S(v), p);
+        }
+        // Few levels: the index by 16-bit arithmetic and a short lookup;
+        // else a lookup of all 256 results.
+        IndexFit fit;
+        uint8_t levels[64];
+        int used;
+        ByteMap<1> map;
+        if (fitPositions(index, results, 1, int(c.L), &fit, levels, used)) {
+            map.lay(&fit, levels, used, [](int) { return 0; });
+            k.map = &map;
+        }
+        const ByteTable table(results[0]);
         k.table = &table;
         rowsSerial(k, src, c.srcStep, dst, c.dstStep, c.roi.width * channels(c.layout), c.roi.height);
     } else {

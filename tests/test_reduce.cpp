@@ -252,8 +252,10 @@ void sweepPair(Fn<S, D> c1, Fn<S, D> c3, Fn<S, D> ac4, Fn<S, D> c4, int levels)
     std::mt19937 rng(12345);
     ThreadCount one(1);  // threads have their own test; regions cost here
     std::vector<Geometry> geometries = standardSweep(int(sizeof(S) * sizeof(D)));
-    for (int w : {1, 2, 3, 6, 17, 300})  // taller: several groups of four rows
-        geometries.push_back({w, 11, 0, 2 * int(sizeof(S) * sizeof(D)), w % 2 == 0, 0});
+    // Taller: error diffusion runs bands of 16 rows and of 8, then single
+    // rows.
+    for (int w : {1, 2, 3, 6, 17, 300})
+        geometries.push_back({w, w % 2 ? 40 : 37, 0, 2 * int(sizeof(S) * sizeof(D)), w % 2 == 0, 0});
     for (const Geometry& g : geometries) {
         for (auto [f, ch] : fns) {
             SCOPED_TRACE(testing::Message() << g.str() << ", " << ch << " channels");
@@ -295,6 +297,43 @@ TEST(ReduceVector, MatchesScalarForms)
     SWEEP(32f8u, Orv32f, Orv8u, 5);
     SWEEP(32f16u, Orv32f, Orv16u, 4097);
     SWEEP(32f16s, Orv32f, Orv16s, 33);
+}
+
+// Bytes go through a map fitted per call where the levels are few; every
+// byte value at every level count, plain and ordered, against the scalar
+// form, on images large enough to take the map.
+TEST(ReduceVector, ByteMapsAtEveryLevelCount)
+{
+    ThreadCount one(1);
+    std::mt19937 rng(7);
+    const std::pair<Fn<Orv8u, Orv8u>, int> fns[] = {{orviReduceBits_8u_C1R, 1},
+                                                    {orviReduceBits_8u_C3R, 3},
+                                                    {orviReduceBits_8u_AC4R, 4},
+                                                    {orviReduceBits_8u_C4R, 4}};
+    for (auto [f, ch] : fns) {
+        const int w = 301, h = 32;  // the last pixel of a row takes the other form in C1
+        GuardedImage src = makeImage(w, h, ch, 5, false, 0);
+        fillTypical<Orv8u>(src, rng);
+        for (int y = 0; y < 16; ++y)  // every value at every place in the matrix
+            for (int i = 0; i < w * ch; ++i)
+                src.data<Orv8u>()[y * src.step() + i] = Orv8u(i + 41 * y + y / 4);
+        for (int dtype : {orvDitherNone, orvDitherBayer}) {
+            for (int levels = 2; levels <= 256; levels += levels < 80 ? 1 : 44) {
+                GuardedImage dv = makeImage(w, h, ch, 3, false, 0), ds = makeImage(w, h, ch, 3, false, 0);
+                auto call = [&](GuardedImage& d) {
+                    return f(src.data<Orv8u>(), src.step(), d.data<Orv8u>(), d.step(), {w, h}, 0, dtype, levels,
+                             nullptr);
+                };
+                ASSERT_EQ(call(dv), orvStatusOk);
+                {
+                    ScalarBlocks scalar;
+                    ASSERT_EQ(call(ds), orvStatusOk);
+                }
+                ASSERT_EQ(dv.pixels(), ds.pixels()) << ch << " channels, dither " << dtype << ", levels " << levels;
+                ASSERT_TRUE(dv.guardsIntact());
+            }
+        }
+    }
 }
 
 // ---------------------------------------------------------------------------

@@ -18,9 +18,22 @@ inline int32_t cvtNearest(double x) { return _mm_cvtsd_si32(_mm_set_sd(x)); }
 inline int32_t cvtTrunc(float x) { return _mm_cvttss_si32(_mm_set_ss(x)); }
 inline int32_t cvtTrunc(double x) { return _mm_cvttsd_si32(_mm_set_sd(x)); }
 
+// A value held in a register, so that the compiler cannot fold its load into
+// the memory operand of a scalar fused multiply-add. The emulator that runs
+// the 32-bit build reads more than the element for such an operand and
+// faults where the element ends a row at a page; on x86-64 nothing is held.
+template <typename T>
+inline T inRegister(T v)
+{
+#if defined(__i386__)
+    __asm__("" : "+x"(v));
+#endif
+    return v;
+}
+
 // One rounding for a*b + c.
-inline float fmaf32(float a, float b, float c) { return std::fma(a, b, c); }
-inline double fmaf64(double a, double b, double c) { return std::fma(a, b, c); }
+inline float fmaf32(float a, float b, float c) { return std::fma(inRegister(a), inRegister(b), inRegister(c)); }
+inline double fmaf64(double a, double b, double c) { return std::fma(inRegister(a), inRegister(b), inRegister(c)); }
 
 // Saturations of the pack instructions.
 inline uint8_t satU8(int32_t v) { return static_cast<uint8_t>(v < 0 ? 0 : v > 255 ? 255 : v); }

@@ -45,9 +45,9 @@ inline F8 operator/(F8 a, F8 b) { return _mm256_div_ps(a.v, b.v); }
 inline F8 operator-(F8 a) { return _mm256_xor_ps(a.v, _mm256_set1_ps(-0.0f)); }
 
 // a * b + c, a * b - c, c - a * b, each with one rounding.
-inline float fmadd(float a, float b, float c) { return std::fma(a, b, c); }
-inline float fmsub(float a, float b, float c) { return std::fma(a, b, -c); }
-inline float fnmadd(float a, float b, float c) { return std::fma(-a, b, c); }
+inline float fmadd(float a, float b, float c) { return fmaf32(a, b, c); }
+inline float fmsub(float a, float b, float c) { return fmaf32(a, b, -c); }
+inline float fnmadd(float a, float b, float c) { return fmaf32(-a, b, c); }
 inline F8 fmadd(F8 a, F8 b, F8 c) { return _mm256_fmadd_ps(a.v, b.v, c.v); }
 inline F8 fmsub(F8 a, F8 b, F8 c) { return _mm256_fmsub_ps(a.v, b.v, c.v); }
 inline F8 fnmadd(F8 a, F8 b, F8 c) { return _mm256_fnmadd_ps(a.v, b.v, c.v); }

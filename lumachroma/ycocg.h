@@ -352,6 +352,32 @@ inline void interleave3(const __m256i* c, __m256i* chunk)
         chunk[k] = _mm256_blendv_epi8(_mm256_blendv_epi8(r0, r1, mask(sel[k][0])), r2, mask(sel[k][1]));
 }
 
+// The inverse of rotateMask: element (3i + s) mod n of a lane back to i.
+constexpr std::array<int8_t, 16> unrotateMask(int s, int eb)
+{
+    std::array<int8_t, 16> m{};
+    const int n = 16 / eb;
+    for (int i = 0; i < n; ++i)
+        for (int b = 0; b < eb; ++b)
+            m[i * eb + b] = int8_t(((3 * i + s) % n) * eb + b);
+    return m;
+}
+
+// Memory sample S of three-sample pixels out of the chunks c[0..3): byte
+// blends take from each chunk the elements of sample S (one chunk a
+// position, as above), and one pshufb puts pixel i at element i.
+template <int S, int EB>
+inline __m256i gather3(const __m256i* c)
+{
+    auto mask = [](const std::array<int8_t, 16>& m) {
+        return _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(m.data())));
+    };
+    static constexpr std::array<int8_t, 16> sel1 = sampleMask(S, 1, EB), sel2 = sampleMask(S, 2, EB);
+    static constexpr std::array<int8_t, 16> unrot = unrotateMask(S, EB);
+    const __m256i x = _mm256_blendv_epi8(_mm256_blendv_epi8(c[0], c[1], mask(sel1)), c[2], mask(sel2));
+    return _mm256_shuffle_epi8(x, mask(unrot));
+}
+
 // Interleaved pixels of T (bytes or signed 16-bit), Ch samples a pixel. The
 // colour lies in memory as B, G, R, or as R, G, B when Bgr is false; a fourth
 // sample is never read, and on output takes `alpha`. Bytes travel as Bytes,
@@ -404,8 +430,12 @@ struct PixelsIn : Pixels<T, Ch, Bgr> {
         __m256i c[Ch];
         for (int k = 0; k < Ch; ++k)
             c[k] = simd::load2x128(s + 16 * k, s + 16 * Ch + 16 * k);
-        return {P::template from<N>(gather<Ch, P::kR, P::kEB>(c)), P::template from<N>(gather<Ch, 1, P::kEB>(c)),
-                P::template from<N>(gather<Ch, P::kB, P::kEB>(c))};
+        if constexpr (Ch == 3)
+            return {P::template from<N>(gather3<P::kR, P::kEB>(c)), P::template from<N>(gather3<1, P::kEB>(c)),
+                    P::template from<N>(gather3<P::kB, P::kEB>(c))};
+        else
+            return {P::template from<N>(gather<Ch, P::kR, P::kEB>(c)), P::template from<N>(gather<Ch, 1, P::kEB>(c)),
+                    P::template from<N>(gather<Ch, P::kB, P::kEB>(c))};
     }
 };
 

@@ -123,7 +123,7 @@ inline void splat(Lanes16& x, int32_t k) { x = {_mm256_set1_epi16(int16_t(k))}; 
 // columns right), all of one site class: green sites when `Green`, red or
 // blue sites otherwise. `redRow` says whether the row holds red sites.
 template <bool Green, class V, class At>
-void vngPixel(At at, bool redRow, int32_t hi, const float* gains, V& b, V& g, V& r)
+__attribute__((always_inline)) inline void vngPixel(At at, bool redRow, int32_t hi, const float* gains, V& b, V& g, V& r)
 {
     // A pair is taken in one order whichever way it is written, so that the
     // pairs shared by two directions, or by neighbouring pixels computed
@@ -272,6 +272,13 @@ struct VngLanes<uint8_t> {
     static __m256i loadPairs(const uint8_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
     static V even(__m256i x) { return {_mm256_and_si256(x, _mm256_set1_epi16(0xff))}; }
     static V odd(__m256i x) { return {_mm256_srli_epi16(x, 8)}; }
+    // Back to elements: bytes, then byte pairs, then pixels.
+    static __m256i merge(V e, V o) { return _mm256_or_si256(e.v, _mm256_slli_epi16(o.v, 8)); }
+    static __m256i unpackLo(__m256i a, __m256i b) { return _mm256_unpacklo_epi8(a, b); }
+    static __m256i unpackHi(__m256i a, __m256i b) { return _mm256_unpackhi_epi8(a, b); }
+    static __m256i unpackLo2(__m256i a, __m256i b) { return _mm256_unpacklo_epi16(a, b); }
+    static __m256i unpackHi2(__m256i a, __m256i b) { return _mm256_unpackhi_epi16(a, b); }
+    static __m256i keepAlpha() { return _mm256_set1_epi32(int32_t(0xff000000u)); }
 };
 template <>
 struct VngLanes<uint16_t> {
@@ -280,53 +287,44 @@ struct VngLanes<uint16_t> {
     static __m256i loadPairs(const uint16_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
     static V even(__m256i x) { return {_mm256_and_si256(x, _mm256_set1_epi32(0xffff))}; }
     static V odd(__m256i x) { return {_mm256_srli_epi32(x, 16)}; }
+    static __m256i merge(V e, V o) { return _mm256_or_si256(e.v, _mm256_slli_epi32(o.v, 16)); }
+    static __m256i unpackLo(__m256i a, __m256i b) { return _mm256_unpacklo_epi16(a, b); }
+    static __m256i unpackHi(__m256i a, __m256i b) { return _mm256_unpackhi_epi16(a, b); }
+    static __m256i unpackLo2(__m256i a, __m256i b) { return _mm256_unpacklo_epi32(a, b); }
+    static __m256i unpackHi2(__m256i a, __m256i b) { return _mm256_unpackhi_epi32(a, b); }
+    static __m256i keepAlpha() { return _mm256_set1_epi64x(int64_t(0xffff000000000000ull)); }
 };
 
-// B, G, R of even (e) and odd (o) pixels into BGRA, keeping the alpha
-// already there.
+// Pixels into BGRA, keeping the alpha already there.
 inline void storeAlphaKept(__m256i* q, __m256i bgr, __m256i keepAlpha)
 {
     _mm256_storeu_si256(q, _mm256_or_si256(bgr, _mm256_and_si256(_mm256_loadu_si256(q), keepAlpha)));
 }
-inline void storeLanes(uint8_t* d, Lanes16 be, Lanes16 ge, Lanes16 re, Lanes16 bo, Lanes16 go, Lanes16 ro)
+// A run of pixels from four registers whose low halves hold the run's first
+// half, in order, and whose high halves hold its second half.
+inline void storeQuarters(void* d, __m256i q0, __m256i q1, __m256i q2, __m256i q3, __m256i keepAlpha)
 {
-    auto* q = reinterpret_cast<__m256i*>(d);
-    // Each colour as 32 bytes in pixel order (within each 128-bit half).
-    const __m256i b = _mm256_or_si256(be.v, _mm256_slli_epi16(bo.v, 8));
-    const __m256i g = _mm256_or_si256(ge.v, _mm256_slli_epi16(go.v, 8));
-    const __m256i r = _mm256_or_si256(re.v, _mm256_slli_epi16(ro.v, 8));
-    const __m256i zero = _mm256_setzero_si256();
-    const __m256i bgLo = _mm256_unpacklo_epi8(b, g), bgHi = _mm256_unpackhi_epi8(b, g);  // 0-7 | 16-23, 8-15 | 24-31
-    const __m256i rLo = _mm256_unpacklo_epi8(r, zero), rHi = _mm256_unpackhi_epi8(r, zero);
-    const __m256i q0 = _mm256_unpacklo_epi16(bgLo, rLo);  // pixels 0-3 | 16-19
-    const __m256i q1 = _mm256_unpackhi_epi16(bgLo, rLo);  // 4-7 | 20-23
-    const __m256i q2 = _mm256_unpacklo_epi16(bgHi, rHi);  // 8-11 | 24-27
-    const __m256i q3 = _mm256_unpackhi_epi16(bgHi, rHi);  // 12-15 | 28-31
-    const __m256i keepAlpha = _mm256_set1_epi32(int32_t(0xff000000u));
+    auto* q = static_cast<__m256i*>(d);
     storeAlphaKept(q, _mm256_permute2x128_si256(q0, q1, 0x20), keepAlpha);
     storeAlphaKept(q + 1, _mm256_permute2x128_si256(q2, q3, 0x20), keepAlpha);
     storeAlphaKept(q + 2, _mm256_permute2x128_si256(q0, q1, 0x31), keepAlpha);
     storeAlphaKept(q + 3, _mm256_permute2x128_si256(q2, q3, 0x31), keepAlpha);
 }
-inline void storeLanes(uint16_t* d, Lanes8 be, Lanes8 ge, Lanes8 re, Lanes8 bo, Lanes8 go, Lanes8 ro)
+// B, G, R of even (e) and odd (o) pixels into BGRA, keeping the alpha: each
+// colour's even and odd lanes merged into elements in pixel order (within
+// each 128-bit half), then B with G and R with zero interleaved, then the
+// two pairs into whole pixels.
+template <class T, class V>
+inline void storeLanes(T* d, V be, V ge, V re, V bo, V go, V ro)
 {
-    auto* q = reinterpret_cast<__m256i*>(d);
-    // Each colour as 16 elements in pixel order (within each 128-bit half).
-    const __m256i b = _mm256_or_si256(be.v, _mm256_slli_epi32(bo.v, 16));
-    const __m256i g = _mm256_or_si256(ge.v, _mm256_slli_epi32(go.v, 16));
-    const __m256i r = _mm256_or_si256(re.v, _mm256_slli_epi32(ro.v, 16));
+    using L = VngLanes<T>;
+    const __m256i b = L::merge(be, bo), g = L::merge(ge, go), r = L::merge(re, ro);
     const __m256i zero = _mm256_setzero_si256();
-    const __m256i bgLo = _mm256_unpacklo_epi16(b, g), bgHi = _mm256_unpackhi_epi16(b, g);  // 0-3 | 8-11, 4-7 | 12-15
-    const __m256i rLo = _mm256_unpacklo_epi16(r, zero), rHi = _mm256_unpackhi_epi16(r, zero);
-    const __m256i q0 = _mm256_unpacklo_epi32(bgLo, rLo);  // pixels 0 1 | 8 9
-    const __m256i q1 = _mm256_unpackhi_epi32(bgLo, rLo);  // 2 3 | 10 11
-    const __m256i q2 = _mm256_unpacklo_epi32(bgHi, rHi);  // 4 5 | 12 13
-    const __m256i q3 = _mm256_unpackhi_epi32(bgHi, rHi);  // 6 7 | 14 15
-    const __m256i keepAlpha = _mm256_set1_epi64x(int64_t(0xffff000000000000ull));
-    storeAlphaKept(q, _mm256_permute2x128_si256(q0, q1, 0x20), keepAlpha);
-    storeAlphaKept(q + 1, _mm256_permute2x128_si256(q2, q3, 0x20), keepAlpha);
-    storeAlphaKept(q + 2, _mm256_permute2x128_si256(q0, q1, 0x31), keepAlpha);
-    storeAlphaKept(q + 3, _mm256_permute2x128_si256(q2, q3, 0x31), keepAlpha);
+    const __m256i bgLo = L::unpackLo(b, g), bgHi = L::unpackHi(b, g);
+    const __m256i rLo = L::unpackLo(r, zero), rHi = L::unpackHi(r, zero);
+    // For 8u: pixels 0-3 | 16-19, 4-7 | 20-23, 8-11 | 24-27, 12-15 | 28-31.
+    storeQuarters(d, L::unpackLo2(bgLo, rLo), L::unpackHi2(bgLo, rLo), L::unpackLo2(bgHi, rHi), L::unpackHi2(bgHi, rHi),
+                  L::keepAlpha());
 }
 
 // Even and odd pixels of one register pair: even lanes at sites of class

@@ -8,11 +8,11 @@
 // The two outer rows and columns are then copied from the nearest interior
 // pixel. Steps are byte distances for both types.
 //
-// One pixel's arithmetic is written once, as a template over the lane type:
-// int32_t for the scalar form, sixteen 16-bit (8u) or eight 32-bit (16u)
-// AVX2 lanes for the vector path.
-// Both compute the two site classes and pick per lane, so they agree to the
-// bit wherever a row splits between them.
+// One pixel's arithmetic is written once, as a template over the lane type
+// and the site class: int32_t for the scalar form, sixteen 16-bit (8u) or
+// eight 32-bit (16u) AVX2 lanes for the vector path, whose registers hold
+// every other pixel so that all lanes are of one class. Both forms agree to
+// the bit wherever a row splits between them.
 #include <immintrin.h>
 
 #include <algorithm>
@@ -38,7 +38,6 @@ inline int32_t absDiff(int32_t a, int32_t b) { return a > b ? a - b : b - a; }
 inline int32_t twice(int32_t a) { return a << 1; }
 inline int32_t half(int32_t a) { return a >> 1; }
 inline int32_t below(int32_t a, int32_t b) { return a < b ? -1 : 0; }
-inline int32_t pick(int32_t m, int32_t a, int32_t b) { return m ? a : b; }
 inline int32_t keep(int32_t m, int32_t a) { return m & a; }
 inline int32_t lanesMin(int32_t a, int32_t b) { return a < b ? a : b; }
 inline int32_t lanesMax(int32_t a, int32_t b) { return a > b ? a : b; }
@@ -63,8 +62,6 @@ inline Lanes8 absDiff(Lanes8 a, Lanes8 b) { return {_mm256_abs_epi32(_mm256_sub_
 inline Lanes8 twice(Lanes8 a) { return {_mm256_slli_epi32(a.v, 1)}; }
 inline Lanes8 half(Lanes8 a) { return {_mm256_srai_epi32(a.v, 1)}; }
 inline Lanes8 below(Lanes8 a, Lanes8 b) { return {_mm256_cmpgt_epi32(b.v, a.v)}; }
-inline __m256i pickBits(__m256i m, __m256i a, __m256i b) { return _mm256_blendv_epi8(b, a, m); }
-inline Lanes8 pick(Lanes8 m, Lanes8 a, Lanes8 b) { return {pickBits(m.v, a.v, b.v)}; }
 inline Lanes8 keep(Lanes8 m, Lanes8 a) { return {_mm256_and_si256(m.v, a.v)}; }
 inline Lanes8 lanesMin(Lanes8 a, Lanes8 b) { return {_mm256_min_epi32(a.v, b.v)}; }
 inline Lanes8 lanesMax(Lanes8 a, Lanes8 b) { return {_mm256_max_epi32(a.v, b.v)}; }
@@ -98,7 +95,6 @@ inline Lanes16 absDiff(Lanes16 a, Lanes16 b) { return {_mm256_abs_epi16(_mm256_s
 inline Lanes16 twice(Lanes16 a) { return {_mm256_slli_epi16(a.v, 1)}; }
 inline Lanes16 half(Lanes16 a) { return {_mm256_srai_epi16(a.v, 1)}; }
 inline Lanes16 below(Lanes16 a, Lanes16 b) { return {_mm256_cmpgt_epi16(b.v, a.v)}; }
-inline Lanes16 pick(Lanes16 m, Lanes16 a, Lanes16 b) { return {pickBits(m.v, a.v, b.v)}; }
 inline Lanes16 keep(Lanes16 m, Lanes16 a) { return {_mm256_and_si256(m.v, a.v)}; }
 inline Lanes16 lanesMin(Lanes16 a, Lanes16 b) { return {_mm256_min_epi16(a.v, b.v)}; }
 inline Lanes16 lanesMax(Lanes16 a, Lanes16 b) { return {_mm256_max_epi16(a.v, b.v)}; }
@@ -124,19 +120,14 @@ inline void splat(Lanes16& x, int32_t k) { x = {_mm256_set1_epi16(int16_t(k))}; 
 // ---- one pixel --------------------------------------------------------------
 
 // B, G, R of the pixel(s) whose samples `at(i, j)` gives (i rows down, j
-// columns right). `green` marks green sites; `redRow` says whether the row
-// holds red sites.
-template <class V, class At>
-void vngPixel(At load, V green, bool redRow, int32_t hi, const float* gains, V& b, V& g, V& r)
+// columns right), all of one site class: green sites when `Green`, red or
+// blue sites otherwise. `redRow` says whether the row holds red sites.
+template <bool Green, class V, class At>
+__attribute__((always_inline)) inline void vngPixel(At at, bool redRow, int32_t hi, const float* gains, V& b, V& g, V& r)
 {
-    // The 5x5 neighbourhood, each sample loaded and widened once.
-    V nb[5][5];
-    for (int i = 0; i < 5; ++i)
-        for (int j = 0; j < 5; ++j)
-            nb[i][j] = load(i - 2, j - 2);
-    auto at = [&](int i, int j) { return nb[i + 2][j + 2]; };
     // A pair is taken in one order whichever way it is written, so that the
-    // pairs shared by two directions are computed once.
+    // pairs shared by two directions, or by neighbouring pixels computed
+    // together, are computed once.
     auto d = [&](int i0, int j0, int i1, int j1) {
         return i0 < i1 || (i0 == i1 && j0 < j1) ? absDiff(at(i0, j0), at(i1, j1)) : absDiff(at(i1, j1), at(i0, j0));
     };
@@ -148,20 +139,19 @@ void vngPixel(At load, V green, bool redRow, int32_t hi, const float* gains, V& 
     grad[1] = twice(d(0, 1, 0, -1) + d(0, 2, 0, 0)) + d(-1, 1, -1, -1) + d(1, 1, 1, -1) + d(-1, 2, -1, 0) + d(1, 2, 1, 0);
     grad[2] = twice(d(1, 0, -1, 0) + d(2, 0, 0, 0)) + d(1, 1, -1, 1) + d(1, -1, -1, -1) + d(2, 1, 0, 1) + d(2, -1, 0, -1);
     grad[3] = twice(d(0, -1, 0, 1) + d(0, -2, 0, 0)) + d(-1, -1, -1, 1) + d(1, -1, 1, 1) + d(-1, -2, -1, 0) + d(1, -2, 1, 0);
-    // Diagonals at a red or blue site...
-    const V ne = twice(d(-1, 1, 1, -1) + d(-2, 2, 0, 0)) + d(-1, 0, 0, -1) + d(0, 1, 1, 0) + d(-2, 1, -1, 0) + d(-1, 2, 0, 1);
-    const V se = twice(d(1, 1, -1, -1) + d(2, 2, 0, 0)) + d(0, -1, 1, 0) + d(-1, 0, 0, 1) + d(1, 2, 0, 1) + d(2, 1, 1, 0);
-    const V nw = twice(d(-1, -1, 1, 1) + d(-2, -2, 0, 0)) + d(0, -1, 1, 0) + d(-1, 0, 0, 1) + d(-1, -2, 0, -1) + d(-2, -1, -1, 0);
-    const V sw = twice(d(1, -1, -1, 1) + d(2, -2, 0, 0)) + d(1, 0, 0, 1) + d(0, -1, -1, 0) + d(2, -1, 1, 0) + d(1, -2, 0, -1);
-    // ...and at a green site, four pairs of equal weight.
-    const V neG = twice(d(0, -1, -2, 1) + d(1, 0, -1, 2) + d(0, 0, -2, 2) + d(1, -1, -1, 1));
-    const V seG = twice(d(0, -1, 2, 1) + d(-1, 0, 1, 2) + d(-1, -1, 1, 1) + d(0, 0, 2, 2));
-    const V nwG = twice(d(-2, -2, 0, 0) + d(-1, -1, 1, 1) + d(-1, -2, 1, 0) + d(-2, -1, 0, 1));
-    const V swG = twice(d(2, -1, 0, 1) + d(-1, 0, 1, -2) + d(0, 0, 2, -2) + d(-1, 1, 1, -1));
-    grad[4] = pick(green, neG, ne);
-    grad[5] = pick(green, seG, se);
-    grad[6] = pick(green, nwG, nw);
-    grad[7] = pick(green, swG, sw);
+    if constexpr (Green) {
+        // Diagonals at a green site: four pairs of equal weight.
+        grad[4] = twice(d(0, -1, -2, 1) + d(1, 0, -1, 2) + d(0, 0, -2, 2) + d(1, -1, -1, 1));
+        grad[5] = twice(d(0, -1, 2, 1) + d(-1, 0, 1, 2) + d(-1, -1, 1, 1) + d(0, 0, 2, 2));
+        grad[6] = twice(d(-2, -2, 0, 0) + d(-1, -1, 1, 1) + d(-1, -2, 1, 0) + d(-2, -1, 0, 1));
+        grad[7] = twice(d(2, -1, 0, 1) + d(-1, 0, 1, -2) + d(0, 0, 2, -2) + d(-1, 1, 1, -1));
+    } else {
+        // Diagonals at a red or blue site.
+        grad[4] = twice(d(-1, 1, 1, -1) + d(-2, 2, 0, 0)) + d(-1, 0, 0, -1) + d(0, 1, 1, 0) + d(-2, 1, -1, 0) + d(-1, 2, 0, 1);
+        grad[5] = twice(d(1, 1, -1, -1) + d(2, 2, 0, 0)) + d(0, -1, 1, 0) + d(-1, 0, 0, 1) + d(1, 2, 0, 1) + d(2, 1, 1, 0);
+        grad[6] = twice(d(-1, -1, 1, 1) + d(-2, -2, 0, 0)) + d(0, -1, 1, 0) + d(-1, 0, 0, 1) + d(-1, -2, 0, -1) + d(-2, -1, -1, 0);
+        grad[7] = twice(d(1, -1, -1, 1) + d(2, -2, 0, 0)) + d(1, 0, 0, 1) + d(0, -1, -1, 0) + d(2, -1, 1, 0) + d(1, -2, 0, -1);
+    }
 
     // Threshold: the least gradient plus half the greatest, at least plus 1.
     V gmin = grad[0], gmax = grad[0];
@@ -181,36 +171,53 @@ void vngPixel(At load, V green, bool redRow, int32_t hi, const float* gains, V& 
     auto sum4h = [&](int i0, int j0, int i1, int j1, int i2, int j2, int i3, int j3) {
         return half(at(i0, j0) + at(i1, j1) + at(i2, j2) + at(i3, j3));
     };
-    const V own[8] = {
-        sum2(-2, 0, 0, 0),  // N, E, S, W: the same pairs at both sites
-        sum2(0, 0, 0, 2),
-        sum2(0, 0, 2, 0),
-        sum2(0, -2, 0, 0),
-        pick(green, twice(at(-1, 1)), sum2(-2, 2, 0, 0)),
-        pick(green, twice(at(1, 1)), sum2(0, 0, 2, 2)),
-        pick(green, twice(at(-1, -1)), sum2(-2, -2, 0, 0)),
-        pick(green, twice(at(1, -1)), sum2(0, 0, 2, -2)),
-    };
-    const V first[8] = {
-        pick(green, sum2(-2, -1, -2, 1), twice(at(-1, 0))),
-        twice(at(0, 1)),
-        pick(green, sum2(2, -1, 2, 1), twice(at(1, 0))),
-        twice(at(0, -1)),
-        pick(green, sum2(-2, 1, 0, 1), sum4h(-2, 1, -1, 0, -1, 2, 0, 1)),
-        pick(green, sum2(0, 1, 2, 1), sum4h(0, 1, 1, 0, 1, 2, 2, 1)),
-        pick(green, sum2(-2, -1, 0, -1), sum4h(-2, -1, -1, -2, -1, 0, 0, -1)),
-        pick(green, sum2(0, -1, 2, -1), sum4h(0, -1, 1, -2, 1, 0, 2, -1)),
-    };
-    const V second[8] = {
-        pick(green, twice(at(-1, 0)), sum2(-1, -1, -1, 1)),
-        pick(green, sum2(-1, 2, 1, 2), sum2(-1, 1, 1, 1)),
-        pick(green, twice(at(1, 0)), sum2(1, -1, 1, 1)),
-        pick(green, sum2(-1, -2, 1, -2), sum2(-1, -1, 1, -1)),
-        pick(green, sum2(-1, 0, -1, 2), twice(at(-1, 1))),
-        pick(green, sum2(1, 0, 1, 2), twice(at(1, 1))),
-        pick(green, sum2(-1, -2, -1, 0), twice(at(-1, -1))),
-        pick(green, sum2(1, -2, 1, 0), twice(at(1, -1))),
-    };
+    V own[8], first[8], second[8];
+    // N, E, S, W: the same own pairs at both sites.
+    own[0] = sum2(-2, 0, 0, 0);
+    own[1] = sum2(0, 0, 0, 2);
+    own[2] = sum2(0, 0, 2, 0);
+    own[3] = sum2(0, -2, 0, 0);
+    first[1] = twice(at(0, 1));
+    first[3] = twice(at(0, -1));
+    if constexpr (Green) {
+        own[4] = twice(at(-1, 1));
+        own[5] = twice(at(1, 1));
+        own[6] = twice(at(-1, -1));
+        own[7] = twice(at(1, -1));
+        first[0] = sum2(-2, -1, -2, 1);
+        first[2] = sum2(2, -1, 2, 1);
+        first[4] = sum2(-2, 1, 0, 1);
+        first[5] = sum2(0, 1, 2, 1);
+        first[6] = sum2(-2, -1, 0, -1);
+        first[7] = sum2(0, -1, 2, -1);
+        second[0] = twice(at(-1, 0));
+        second[1] = sum2(-1, 2, 1, 2);
+        second[2] = twice(at(1, 0));
+        second[3] = sum2(-1, -2, 1, -2);
+        second[4] = sum2(-1, 0, -1, 2);
+        second[5] = sum2(1, 0, 1, 2);
+        second[6] = sum2(-1, -2, -1, 0);
+        second[7] = sum2(1, -2, 1, 0);
+    } else {
+        own[4] = sum2(-2, 2, 0, 0);
+        own[5] = sum2(0, 0, 2, 2);
+        own[6] = sum2(-2, -2, 0, 0);
+        own[7] = sum2(0, 0, 2, -2);
+        first[0] = twice(at(-1, 0));
+        first[2] = twice(at(1, 0));
+        first[4] = sum4h(-2, 1, -1, 0, -1, 2, 0, 1);
+        first[5] = sum4h(0, 1, 1, 0, 1, 2, 2, 1);
+        first[6] = sum4h(-2, -1, -1, -2, -1, 0, 0, -1);
+        first[7] = sum4h(0, -1, 1, -2, 1, 0, 2, -1);
+        second[0] = sum2(-1, -1, -1, 1);
+        second[1] = sum2(-1, 1, 1, 1);
+        second[2] = sum2(1, -1, 1, 1);
+        second[3] = sum2(-1, -1, 1, -1);
+        second[4] = twice(at(-1, 1));
+        second[5] = twice(at(1, 1));
+        second[6] = twice(at(-1, -1));
+        second[7] = twice(at(1, -1));
+    }
     V so = zero, s1 = zero, s2 = zero, n = zero;
     for (int k = 0; k < 8; ++k) {
         const V sel = below(grad[k], threshold);
@@ -225,8 +232,8 @@ void vngPixel(At load, V green, bool redRow, int32_t hi, const float* gains, V& 
 
     // Red or blue site: own colour p, green v1, opposite v2.
     // Green site: green p, row colour v1, column colour v2.
-    g = pick(green, p, v1);
-    const V rowColour = pick(green, v1, p);  // the colour of the row's red or blue sites
+    g = Green ? p : v1;
+    const V rowColour = Green ? v1 : p;  // the colour of the row's red or blue sites
     r = redRow ? rowColour : v2;
     b = redRow ? v2 : rowColour;
     if (gains) {
@@ -253,85 +260,139 @@ inline void storeElem(T* p, int32_t v)
 }
 
 // The vector lanes of each type: sixteen 16-bit lanes for 8u, eight 32-bit
-// lanes for 16u; consecutive elements widened into them.
+// lanes for 16u. A register holds every other pixel, so that all its lanes
+// are of one site class: one load of twice as many elements yields the even
+// columns in the low half of each lane and the odd ones in the high half.
 template <class T>
 struct VngLanes;
 template <>
 struct VngLanes<uint8_t> {
     using V = Lanes16;
     static constexpr int kCount = 16;
-    static V load(const uint8_t* p) { return {_mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)))}; }
-    // Lanes 0, 2, 4... are green when `evenGreen`.
-    static V greenMask(bool evenGreen) { return {_mm256_set1_epi32(evenGreen ? 0x0000ffff : int32_t(0xffff0000u))}; }
+    static __m256i loadPairs(const uint8_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
+    static V even(__m256i x) { return {_mm256_and_si256(x, _mm256_set1_epi16(0xff))}; }
+    static V odd(__m256i x) { return {_mm256_srli_epi16(x, 8)}; }
+    // Back to elements: bytes, then byte pairs, then pixels.
+    static __m256i merge(V e, V o) { return _mm256_or_si256(e.v, _mm256_slli_epi16(o.v, 8)); }
+    static __m256i unpackLo(__m256i a, __m256i b) { return _mm256_unpacklo_epi8(a, b); }
+    static __m256i unpackHi(__m256i a, __m256i b) { return _mm256_unpackhi_epi8(a, b); }
+    static __m256i unpackLo2(__m256i a, __m256i b) { return _mm256_unpacklo_epi16(a, b); }
+    static __m256i unpackHi2(__m256i a, __m256i b) { return _mm256_unpackhi_epi16(a, b); }
+    static __m256i keepAlpha() { return _mm256_set1_epi32(int32_t(0xff000000u)); }
 };
 template <>
 struct VngLanes<uint16_t> {
     using V = Lanes8;
     static constexpr int kCount = 8;
-    static V load(const uint16_t* p) { return {_mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)))}; }
-    static V greenMask(bool evenGreen)
-    {
-        return {_mm256_set1_epi64x(evenGreen ? 0x00000000ffffffffll : int64_t(0xffffffff00000000ull))};
-    }
+    static __m256i loadPairs(const uint16_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
+    static V even(__m256i x) { return {_mm256_and_si256(x, _mm256_set1_epi32(0xffff))}; }
+    static V odd(__m256i x) { return {_mm256_srli_epi32(x, 16)}; }
+    static __m256i merge(V e, V o) { return _mm256_or_si256(e.v, _mm256_slli_epi32(o.v, 16)); }
+    static __m256i unpackLo(__m256i a, __m256i b) { return _mm256_unpacklo_epi16(a, b); }
+    static __m256i unpackHi(__m256i a, __m256i b) { return _mm256_unpackhi_epi16(a, b); }
+    static __m256i unpackLo2(__m256i a, __m256i b) { return _mm256_unpacklo_epi32(a, b); }
+    static __m256i unpackHi2(__m256i a, __m256i b) { return _mm256_unpackhi_epi32(a, b); }
+    static __m256i keepAlpha() { return _mm256_set1_epi64x(int64_t(0xffff000000000000ull)); }
 };
 
-// B, G, R of the lanes' pixels into BGRA, keeping the alpha already there.
-inline void storeLanes(uint8_t* d, Lanes16 b, Lanes16 g, Lanes16 r)
+// Pixels into BGRA, keeping the alpha already there.
+inline void storeAlphaKept(__m256i* q, __m256i bgr, __m256i keepAlpha)
 {
-    auto* q = reinterpret_cast<__m256i*>(d);
-    const __m256i bg = _mm256_or_si256(b.v, _mm256_slli_epi16(g.v, 8));
-    const __m256i lo = _mm256_unpacklo_epi16(bg, r.v);  // pixels 0-3 | 8-11
-    const __m256i hi = _mm256_unpackhi_epi16(bg, r.v);  // pixels 4-7 | 12-15
-    const __m256i keepAlpha = _mm256_set1_epi32(int32_t(0xff000000u));
-    const __m256i p0 = _mm256_permute2x128_si256(lo, hi, 0x20), p1 = _mm256_permute2x128_si256(lo, hi, 0x31);
-    _mm256_storeu_si256(q, _mm256_or_si256(p0, _mm256_and_si256(_mm256_loadu_si256(q), keepAlpha)));
-    _mm256_storeu_si256(q + 1, _mm256_or_si256(p1, _mm256_and_si256(_mm256_loadu_si256(q + 1), keepAlpha)));
+    _mm256_storeu_si256(q, _mm256_or_si256(bgr, _mm256_and_si256(_mm256_loadu_si256(q), keepAlpha)));
 }
-inline void storeLanes(uint16_t* d, Lanes8 b, Lanes8 g, Lanes8 r)
+// A run of pixels from four registers whose low halves hold the run's first
+// half, in order, and whose high halves hold its second half.
+inline void storeQuarters(void* d, __m256i q0, __m256i q1, __m256i q2, __m256i q3, __m256i keepAlpha)
 {
-    auto* q = reinterpret_cast<__m256i*>(d);
-    const __m256i bg = _mm256_or_si256(b.v, _mm256_slli_epi32(g.v, 16));
-    const __m256i lo = _mm256_unpacklo_epi32(bg, r.v);  // pixels 0 1 | 4 5
-    const __m256i hi = _mm256_unpackhi_epi32(bg, r.v);  // pixels 2 3 | 6 7
-    const __m256i keepAlpha = _mm256_set1_epi64x(int64_t(0xffff000000000000ull));
-    const __m256i p0 = _mm256_permute2x128_si256(lo, hi, 0x20), p1 = _mm256_permute2x128_si256(lo, hi, 0x31);
-    _mm256_storeu_si256(q, _mm256_or_si256(p0, _mm256_and_si256(_mm256_loadu_si256(q), keepAlpha)));
-    _mm256_storeu_si256(q + 1, _mm256_or_si256(p1, _mm256_and_si256(_mm256_loadu_si256(q + 1), keepAlpha)));
+    auto* q = static_cast<__m256i*>(d);
+    storeAlphaKept(q, _mm256_permute2x128_si256(q0, q1, 0x20), keepAlpha);
+    storeAlphaKept(q + 1, _mm256_permute2x128_si256(q2, q3, 0x20), keepAlpha);
+    storeAlphaKept(q + 2, _mm256_permute2x128_si256(q0, q1, 0x31), keepAlpha);
+    storeAlphaKept(q + 3, _mm256_permute2x128_si256(q2, q3, 0x31), keepAlpha);
+}
+// B, G, R of even (e) and odd (o) pixels into BGRA, keeping the alpha: each
+// colour's even and odd lanes merged into elements in pixel order (within
+// each 128-bit half), then B with G and R with zero interleaved, then the
+// two pairs into whole pixels.
+template <class T, class V>
+inline void storeLanes(T* d, V be, V ge, V re, V bo, V go, V ro)
+{
+    using L = VngLanes<T>;
+    const __m256i b = L::merge(be, bo), g = L::merge(ge, go), r = L::merge(re, ro);
+    const __m256i zero = _mm256_setzero_si256();
+    const __m256i bgLo = L::unpackLo(b, g), bgHi = L::unpackHi(b, g);
+    const __m256i rLo = L::unpackLo(r, zero), rHi = L::unpackHi(r, zero);
+    // For 8u: pixels 0-3 | 16-19, 4-7 | 20-23, 8-11 | 24-27, 12-15 | 28-31.
+    storeQuarters(d, L::unpackLo2(bgLo, rLo), L::unpackHi2(bgLo, rLo), L::unpackLo2(bgHi, rHi), L::unpackHi2(bgHi, rHi),
+                  L::keepAlpha());
+}
+
+// Even and odd pixels of one register pair: even lanes at sites of class
+// `EvenGreen`, odd lanes at the other class. The neighbourhoods are computed
+// side by side so that the pairs the two classes share are measured once.
+template <bool EvenGreen, class T, class V>
+inline void vngPairs(const V (&nb)[5][6], bool redRow, const float* gains, T* d)
+{
+    constexpr int32_t hi = (1 << (8 * sizeof(T))) - 1;
+    // nb[i][k]: row i - 2, column offset k - 2 from the even pixel.
+    auto atE = [&](int i, int j) { return nb[i + 2][j + 2]; };
+    auto atO = [&](int i, int j) { return nb[i + 2][j + 3]; };
+    V be, ge, re, bo, go, ro;
+    vngPixel<EvenGreen>(atE, redRow, hi, gains, be, ge, re);
+    vngPixel<!EvenGreen>(atO, redRow, hi, gains, bo, go, ro);
+    storeLanes(d, be, ge, re, bo, go, ro);
 }
 
 // Interior row `r`, columns [x0, x0 + width), into `d` (four elements a
-// pixel). The vector path takes whole registers of pixels from x0 on and a
-// last register that overlaps them; the scalar form takes rows narrower than
-// a register.
+// pixel). The vector path takes whole register pairs of pixels from x0 on and
+// a last pair that overlaps them; the scalar form takes rows narrower than a
+// pair.
 template <class T>
 void vngRow(const T* src, int srcStep, const Grid& grid, int r, int x0, int width, const float* gains, T* d)
 {
     constexpr int32_t hi = (1 << (8 * sizeof(T))) - 1;
     const bool redRow = grid.redRowAt(r);
     using L = VngLanes<T>;
-    const int nv = g_scalarBlocks ? 0 : width / L::kCount * L::kCount;
+    using V = typename L::V;
+    constexpr int kStep = 2 * L::kCount;
+    const int nv = g_scalarBlocks ? 0 : width / kStep * kStep;
     auto block = [&](int i) {
         const int c = x0 + i;
-        // Even lanes have the site class of column c.
-        const typename L::V green = L::greenMask(!grid.colourSiteAt(r, c));
-        auto at = [&](int di, int dj) { return L::load(rowAt(src, srcStep, r + di) + c + dj); };
-        typename L::V b, g, rr;
-        vngPixel(at, green, redRow, hi, gains, b, g, rr);
-        storeLanes(d + 4 * i, b, g, rr);
+        // Columns c - 2 .. c + 2 * kCount + 1, as even and odd lanes.
+        V nb[5][6];
+        for (int di = 0; di < 5; ++di) {
+            const T* s = rowAt(src, srcStep, r + di - 2) + c;
+            for (int k = 0; k < 3; ++k) {
+                const __m256i x = L::loadPairs(s + 2 * k - 2);
+                nb[di][2 * k] = L::even(x);
+                nb[di][2 * k + 1] = L::odd(x);
+            }
+        }
+        if (grid.colourSiteAt(r, c))
+            vngPairs<false>(nb, redRow, gains, d + 4 * i);
+        else
+            vngPairs<true>(nb, redRow, gains, d + 4 * i);
     };
-    for (int i = 0; i < nv; i += L::kCount)
+    for (int i = 0; i < nv; i += kStep)
         block(i);
     if (nv > 0 && nv < width) {
-        // The last pixels as one more register ending at the row's end; it
+        // The last pixels as one more pair ending at the row's end; it
         // recomputes some pixels of the previous one, to the same values.
-        block(width - L::kCount);
+        block(width - kStep);
         return;
     }
     for (int i = nv; i < width; ++i) {
         const int c = x0 + i;
-        auto at = [&](int di, int dj) { return int32_t(loadElem(rowAt(src, srcStep, r + di) + c + dj)); };
+        int32_t nb[5][5];
+        for (int di = 0; di < 5; ++di)
+            for (int dj = 0; dj < 5; ++dj)
+                nb[di][dj] = loadElem(rowAt(src, srcStep, r + di - 2) + c + dj - 2);
+        auto at = [&](int di, int dj) { return nb[di + 2][dj + 2]; };
         int32_t b, g, rr;
-        vngPixel(at, grid.colourSiteAt(r, c) ? 0 : -1, redRow, hi, gains, b, g, rr);
+        if (grid.colourSiteAt(r, c))
+            vngPixel<false>(at, redRow, hi, gains, b, g, rr);
+        else
+            vngPixel<true>(at, redRow, hi, gains, b, g, rr);
         storeElem(d + 4 * i, b);
         storeElem(d + 4 * i + 1, g);
         storeElem(d + 4 * i + 2, rr);

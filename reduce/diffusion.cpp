@@ -70,9 +70,9 @@ struct Diffuser {
         if constexpr (kFs) {
             if constexpr (kFusedGather) {
                 float a = 5.0f * prev[x];
-                a = fmaf32(3.0f, pinned(prev[x + 1]), a);
+                a = fmaf32(3.0f, prev[x + 1], a);
                 a = a + prev[x - 1];
-                a = fmaf32(7.0f, pinned(cur[x - 1]), a);
+                a = fmaf32(7.0f, cur[x - 1], a);
                 return fmaf32(0.0625f, a, s);
             } else {
                 float a = 3.0f * prev[x + 1] + prev[x - 1];
@@ -86,9 +86,9 @@ struct Diffuser {
             float p[4];
             for (int k = 0; k < 4; ++k) {
                 p[k] = w.near[k] * near[x - 2 + k];
-                p[k] = fmaf32(w.far[k], pinned(far[x - 2 + k]), p[k]);
+                p[k] = fmaf32(w.far[k], far[x - 2 + k], p[k]);
                 if (k < 2)
-                    p[k] = fmaf32(w.cur[k], pinned(cur[x - 2 + k]), p[k]);
+                    p[k] = fmaf32(w.cur[k], cur[x - 2 + k], p[k]);
             }
             float b = (p[0] + p[2]) + (p[1] + p[3]);
             b = b + far[x + 2];

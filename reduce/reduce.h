@@ -45,17 +45,6 @@ inline void store(T* p, T v)
     std::memcpy(p, &v, sizeof v);
 }
 
-// A float read from memory, pinned to a register so that its load stays a
-// 4-byte load of its own instead of the memory operand of a scalar fused
-// multiply-add: the emulator that runs the 32-bit build reads more than 4
-// bytes for such an operand and faults where a row or the work buffer ends
-// at a page.
-inline float pinned(float v)
-{
-    __asm__("" : "+x"(v));
-    return v;
-}
-
 // ---------------------------------------------------------------------------
 // The dither domain of a source element type.
 
@@ -90,7 +79,7 @@ struct Domain<int16_t> {
 template <>
 struct Domain<float> {
     static constexpr float kTop = 1.0f;
-    static float value(float s) { return pinned(s); }
+    static float value(float s) { return s; }
     static float step(float L) { return 1.0f / L; }
     static float invStep(float L) { return L; }
 };

@@ -10,22 +10,19 @@
 #include <random>
 #include <vector>
 
-#include "support/image.h"
+#include "support/typed.h"
 
 using namespace orvtest;
 
 namespace {
 
 template <class T>
-using Fn = OrvStatus (*)(const T*, int, T*, int, RoiSize);
+using Fn = TypedFn<T>;
 
 template <class T>
 void sweep(int ch, Fn<T> f)
 {
-    expectVectorMatchesScalar(ch * sizeof(T), ch * sizeof(T), sizeof(T), fillTypical<T>,
-                              [&](GuardedImage& s, GuardedImage& d, RoiSize roi) {
-                                  return f(s.data<T>(), s.step(), d.data<T>(), d.step(), roi);
-                              });
+    sweepTyped<T>(ch, ch, f);
 }
 
 TEST(Ycc, VectorPathsMatchScalarForms)
@@ -52,18 +49,7 @@ TEST(Ycc, VectorPathsMatchScalarForms)
 template <class T>
 std::vector<T> row(int width, int ch, std::vector<T> px, Fn<T> f)
 {
-    std::vector<T> src, dst(std::size_t(width) * ch, T(77));
-    for (int i = 0; i < width; ++i)
-        src.insert(src.end(), px.begin(), px.end());
-    EXPECT_EQ(f(src.data(), width * ch * int(sizeof(T)), dst.data(), width * ch * int(sizeof(T)), {width, 1}),
-              orvStatusOk);
-    return dst;
-}
-
-template <class T>
-std::vector<T> pixel(const std::vector<T>& v, int i, int ch)
-{
-    return std::vector<T>(v.begin() + i * ch, v.begin() + i * ch + 3);
+    return convertRow<T>(width, ch, ch, px, f, T(77));
 }
 
 // ---------------------------------------------------------------------------
@@ -112,9 +98,9 @@ TEST(Ycc, EightBitGroupsAndTails)
         const auto w4 = row<Orv8u>(w, 4, {255, 255, 255, 1}, orviRGBToYCC_8u_AC4R);
         const auto back = row<Orv8u>(w, 4, {255, 156, 137, 1}, orviYCCToRGB_8u_AC4R);
         for (int i = 0; i < w; ++i) {
-            EXPECT_EQ(pixel(g3, i, 3), gray) << w << " " << i;
-            EXPECT_EQ(pixel(w4, i, 4), white) << w << " " << i;
-            EXPECT_EQ(pixel(back, i, 4), std::vector<Orv8u>(3, 255)) << w << " " << i;
+            EXPECT_EQ(pixelOf(g3, i, 3), gray) << w << " " << i;
+            EXPECT_EQ(pixelOf(w4, i, 4), white) << w << " " << i;
+            EXPECT_EQ(pixelOf(back, i, 4), std::vector<Orv8u>(3, 255)) << w << " " << i;
         }
     }
     // Random pixels: the last pixel of the leading run and the first of the
@@ -124,16 +110,16 @@ TEST(Ycc, EightBitGroupsAndTails)
         const int a = int(rng() % 256), b = int(rng() % 256), c = int(rng() % 256);
         const std::vector<Orv8u> p3 = {Orv8u(a), Orv8u(b), Orv8u(c)}, p4 = {Orv8u(a), Orv8u(b), Orv8u(c), 0};
         auto fwd = row<Orv8u>(9, 3, p3, orviRGBToYCC_8u_C3R);
-        ASSERT_EQ(pixel(fwd, 7, 3), toYccGroup(a, b, c)) << a << " " << b << " " << c;
-        ASSERT_EQ(pixel(fwd, 8, 3), toYccTail(a, b, c)) << a << " " << b << " " << c;
+        ASSERT_EQ(pixelOf(fwd, 7, 3), toYccGroup(a, b, c)) << a << " " << b << " " << c;
+        ASSERT_EQ(pixelOf(fwd, 8, 3), toYccTail(a, b, c)) << a << " " << b << " " << c;
         fwd = row<Orv8u>(5, 4, p4, orviRGBToYCC_8u_AC4R);
-        ASSERT_EQ(pixel(fwd, 3, 4), toYccGroup(a, b, c));
-        ASSERT_EQ(pixel(fwd, 4, 4), toYccTail(a, b, c));
+        ASSERT_EQ(pixelOf(fwd, 3, 4), toYccGroup(a, b, c));
+        ASSERT_EQ(pixelOf(fwd, 4, 4), toYccTail(a, b, c));
         auto inv = row<Orv8u>(9, 3, p3, orviYCCToRGB_8u_C3R);
-        ASSERT_EQ(pixel(inv, 7, 3), toRgbGroup(a, b, c)) << a << " " << b << " " << c;
-        ASSERT_EQ(pixel(inv, 8, 3), toRgbTail(a, b, c)) << a << " " << b << " " << c;
+        ASSERT_EQ(pixelOf(inv, 7, 3), toRgbGroup(a, b, c)) << a << " " << b << " " << c;
+        ASSERT_EQ(pixelOf(inv, 8, 3), toRgbTail(a, b, c)) << a << " " << b << " " << c;
         inv = row<Orv8u>(3, 4, p4, orviYCCToRGB_8u_AC4R);
-        ASSERT_EQ(pixel(inv, 0, 4), toRgbTail(a, b, c));
+        ASSERT_EQ(pixelOf(inv, 0, 4), toRgbTail(a, b, c));
     }
 }
 
@@ -209,21 +195,21 @@ TEST(Ycc, SixteenBitGroupsAndTails)
             const std::vector<Orv16u> pu(p.begin(), p.begin() + ch);
             const std::vector<Orv16s> ps(q.begin(), q.begin() + ch);
             auto u = row<Orv16u>(5, ch, pu, ch == 3 ? orviRGBToYCC_16u_C3R : orviRGBToYCC_16u_AC4R);
-            ASSERT_EQ(pixel(u, 3, ch), toYcc16uGroup(float(a), float(b), float(c))) << a << " " << b << " " << c;
-            ASSERT_EQ(pixel(u, 4, ch), toYcc16uTail(float(a), float(b), float(c))) << a << " " << b << " " << c;
+            ASSERT_EQ(pixelOf(u, 3, ch), toYcc16uGroup(float(a), float(b), float(c))) << a << " " << b << " " << c;
+            ASSERT_EQ(pixelOf(u, 4, ch), toYcc16uTail(float(a), float(b), float(c))) << a << " " << b << " " << c;
             u = row<Orv16u>(5, ch, pu, ch == 3 ? orviYCCToRGB_16u_C3R : orviYCCToRGB_16u_AC4R);
-            ASSERT_EQ(pixel(u, 3, ch), toRgb16uGroup(float(a), float(b), float(c))) << a << " " << b << " " << c;
-            ASSERT_EQ(pixel(u, 4, ch), toRgb16uTail(a, b, c)) << a << " " << b << " " << c;
+            ASSERT_EQ(pixelOf(u, 3, ch), toRgb16uGroup(float(a), float(b), float(c))) << a << " " << b << " " << c;
+            ASSERT_EQ(pixelOf(u, 4, ch), toRgb16uTail(a, b, c)) << a << " " << b << " " << c;
             // 16s: the 16u group on raised inputs, lowered with saturation.
             auto s = row<Orv16s>(5, ch, ps, ch == 3 ? orviRGBToYCC_16s_C3R : orviRGBToYCC_16s_AC4R);
             std::vector<Orv16s> lowered;
             for (Orv16u v : toYcc16uGroup(float(a), float(b), float(c)))
                 lowered.push_back(Orv16s(v - 32768));
-            ASSERT_EQ(pixel(s, 3, ch), lowered);
-            ASSERT_EQ(pixel(s, 4, ch), toYcc16sTail(a - 32768, b - 32768, c - 32768));
+            ASSERT_EQ(pixelOf(s, 3, ch), lowered);
+            ASSERT_EQ(pixelOf(s, 4, ch), toYcc16sTail(a - 32768, b - 32768, c - 32768));
             s = row<Orv16s>(5, ch, ps, ch == 3 ? orviYCCToRGB_16s_C3R : orviYCCToRGB_16s_AC4R);
-            ASSERT_EQ(pixel(s, 3, ch), toRgb16s(a - 32768, b - 32768, c - 32768, true));
-            ASSERT_EQ(pixel(s, 4, ch), toRgb16s(a - 32768, b - 32768, c - 32768, false));
+            ASSERT_EQ(pixelOf(s, 3, ch), toRgb16s(a - 32768, b - 32768, c - 32768, true));
+            ASSERT_EQ(pixelOf(s, 4, ch), toRgb16s(a - 32768, b - 32768, c - 32768, false));
         }
     }
     // The neutral chroma of 16-bit data is 40092 and 35209 (156 and 137
@@ -284,8 +270,8 @@ TEST(Ycc, FloatValuesClampsAndNaN)
         const std::vector<float> back = {clamp(fma3(r, 1.3584f, c2)), clamp(fma3(-c2, 0.509f, t)),
                                          clamp(fma3(r, 1.3584f, c1))};
         for (int k = 0; k < w; ++k) {
-            ASSERT_EQ(pixel(f, k, 3), want) << n;
-            ASSERT_EQ(pixel(i, k, 4), back) << n;
+            ASSERT_EQ(pixelOf(f, k, 3), want) << n;
+            ASSERT_EQ(pixelOf(i, k, 4), back) << n;
             ASSERT_EQ(i[4 * k + 3], 77.0f);
         }
     }

@@ -31,12 +31,14 @@ void sweepTyped(int sch, int dch, TypedFn<S, D> f)
     sweepTyped<S, D>(sch, dch, f, fillTypical<S>);
 }
 
-// One row of `width` copies of a pixel, converted over a zeroed destination.
+// One row of `width` copies of a pixel, converted over a destination filled
+// with `background` (what channels the conversion leaves alone keep).
 template <class S, class D = S>
-std::vector<D> convertRow(int width, int sch, int dch, const std::vector<S>& px, TypedFn<S, D> f)
+std::vector<D> convertRow(int width, int sch, int dch, const std::vector<S>& px, TypedFn<S, D> f,
+                          D background = D(0))
 {
     std::vector<S> src;
-    std::vector<D> dst(std::size_t(width) * dch, D(0));
+    std::vector<D> dst(std::size_t(width) * dch, background);
     for (int i = 0; i < width; ++i)
         src.insert(src.end(), px.begin(), px.end());
     EXPECT_EQ(f(src.data(), width * sch * int(sizeof(S)), dst.data(), width * dch * int(sizeof(D)), {width, 1}),

@@ -127,7 +127,9 @@ struct ThreeChannels {
     void block(const Src* s, Dst* d) const { pixel<true>(s, d); }
     void tail(const Src* s, Dst* d) const { pixel<false>(s, d); }
 
-    void vector(const Src* s, Dst* d, int n) const
+    // Flattened: left to itself the compiler calls the group arithmetic and
+    // the table lookup out of line, passing every register through memory.
+    [[gnu::flatten]] void vector(const Src* s, Dst* d, int n) const
     {
         inEights<3, 3>(s, d, n, [](const Src* s8, Dst* d8) {
             F8 in[3], o[3];

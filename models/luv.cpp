@@ -226,7 +226,9 @@ struct RgbToLuv {
         luvTail<T>(in[kR], in[1], in[kB], d);
     }
 
-    void vector(const Src* s, Dst* d, int n) const
+    // Flattened: left to itself the compiler calls the group arithmetic and
+    // the table lookup out of line, passing every register through memory.
+    [[gnu::flatten]] void vector(const Src* s, Dst* d, int n) const
     {
         inEights<Ch, Ch>(s, d, n, [](const Src* s8, Dst* d8) {
             F8 in[3], L, u, v;
@@ -458,7 +460,9 @@ struct LuvToRgb {
         }
     }
 
-    void vector(const Src* s, Dst* d, int n) const
+    // Flattened: left to itself the compiler calls the group arithmetic and
+    // the table lookup out of line, passing every register through memory.
+    [[gnu::flatten]] void vector(const Src* s, Dst* d, int n) const
     {
         inEights<Ch, Ch>(s, d, n, [](const Src* s8, Dst* d8) {
             F8 in[3], o[3], out[3];

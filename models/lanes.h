@@ -108,22 +108,17 @@ inline void lookup(const P* table, int32_t i, float& first, float& second)
     first = table[i].c;
     second = table[i].b;
 }
-// Eight lanes: one 64-bit load of each lane's pair, then the members
-// separated by shuffles. Measured against two 32-bit gathers (one per
-// member) and against two 64-bit gathers of four pairs each, this is as fast
-// with one lookup a pixel and clearly faster with three.
+// Eight lanes whose indices lie in memory, two to each 64-bit word (lanes
+// 2k and 2k + 1 in word k, as a vector store leaves them): one 64-bit load of
+// each lane's pair, then the members separated by shuffles. Measured against
+// two 32-bit gathers (one per member) and against two 64-bit gathers of four
+// pairs each, this is as fast with one lookup a pixel and clearly faster
+// with three. The indices are never negative: taken as unsigned they address
+// the table without a sign extension each.
 template <class P>
-inline void lookup(const P* table, I8 i, F8& first, F8& second)
+inline void lookupAt(const P* table, const uint64_t* at, F8& first, F8& second)
 {
     static_assert(sizeof(P) == 8);
-    // The indices go through memory, two to a 64-bit load: one store and
-    // four loads cost less than eight moves from vector to general
-    // registers, which the compiler would otherwise choose (the empty
-    // statement keeps the store). The indices are never negative: taken as
-    // unsigned they address the table without a sign extension each.
-    alignas(32) uint64_t at[4];
-    _mm256_store_si256(reinterpret_cast<__m256i*>(at), i.v);
-    asm("" : : "m"(at));
     auto two = [&](uint64_t ab) {  // first, second of two lanes
         const __m128 lo = _mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(&table[uint32_t(ab)]));
         return _mm_loadh_pi(lo, reinterpret_cast<const __m64*>(&table[uint32_t(ab >> 32)]));
@@ -132,6 +127,18 @@ inline void lookup(const P* table, I8 i, F8& first, F8& second)
     const __m256 odd = _mm256_setr_m128(two(at[1]), two(at[3]));   // lanes 2 3 | 6 7
     first = _mm256_shuffle_ps(even, odd, 0x88);
     second = _mm256_shuffle_ps(even, odd, 0xDD);
+}
+// Indices in a register go through memory, two to a 64-bit load: one store
+// and four loads cost less than eight moves from vector to general
+// registers, which the compiler would otherwise choose (the empty statement
+// keeps the store).
+template <class P>
+inline void lookup(const P* table, I8 i, F8& first, F8& second)
+{
+    alignas(32) uint64_t at[4];
+    _mm256_store_si256(reinterpret_cast<__m256i*>(at), i.v);
+    asm("" : : "m"(at));
+    lookupAt(table, at, first, second);
 }
 
 // ---------------------------------------------------------------------------

@@ -17,7 +17,6 @@
 // The series is evaluated in the same order in both. 8-bit results saturate
 // in the group form; the forward tail keeps the low byte.
 #include <cstdint>
-#include <cstring>
 #include <type_traits>
 
 #include "frame/checks.h"
@@ -233,25 +232,7 @@ struct RgbToLab : ThreeChannels<RgbToLab<S, D, Bgr>, S, D> {
                 storePixels8<D, 3>(d8, q);
             }
         };
-        for (; n > 0; n -= kRun, s += 3 * kRun, d += 3 * kRun) {
-            const int m = n < kRun ? n : kRun;
-            const int whole = m / 8, rest = m % 8;
-            for (int g = 0; g < whole; ++g)
-                first(s + 24 * g, g);
-            if (rest) {  // the last few pixels of the row through zero-padded copies
-                S sb[24] = {};
-                std::memcpy(sb, s + 24 * whole, sizeof(S) * 3 * rest);
-                first(sb, whole);
-            }
-            for (int g = 0; g < whole; ++g)
-                second(g, d + 24 * g);
-            if (rest) {
-                D db[24] = {};
-                std::memcpy(db, d + 24 * whole, sizeof(D) * 3 * rest);
-                second(whole, db);
-                std::memcpy(d + 24 * whole, db, sizeof(D) * 3 * rest);
-            }
-        }
+        inRuns<kRun, 3, 3>(s, d, n, first, second);
     }
 };
 

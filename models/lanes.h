@@ -373,4 +373,36 @@ inline void inEights(const S* s, D* d, int n, Eight&& eight)
     }
 }
 
+// Two passes over runs of up to `Run` pixels: `first(s, g)` over the groups
+// of eight of a run (g counts the groups of the run from 0), then
+// `second(g, d)` over the same groups. A chain from load to store that is
+// too long for the processor to keep several groups in flight splits this
+// way into two short ones, with what the first pass leaves for the second
+// (indexed by g) between them. A last group of fewer than eight goes
+// through zero-padded copies as in inEights.
+template <int Run, int SrcPix, int DstPix, class S, class D, class First, class Second>
+inline void inRuns(const S* s, D* d, int n, First&& first, Second&& second)
+{
+    static_assert(Run % 8 == 0);
+    for (; n > 0; n -= Run, s += Run * SrcPix, d += Run * DstPix) {
+        const int m = n < Run ? n : Run;
+        const int whole = m / 8, rest = m % 8;
+        for (int g = 0; g < whole; ++g)
+            first(s + 8 * SrcPix * g, g);
+        if (rest) {
+            S sb[8 * SrcPix] = {};
+            std::memcpy(sb, s + 8 * SrcPix * whole, sizeof(S) * SrcPix * rest);
+            first(sb, whole);
+        }
+        for (int g = 0; g < whole; ++g)
+            second(g, d + 8 * DstPix * g);
+        if (rest) {
+            D db[8 * DstPix] = {};
+            std::memcpy(db, d + 8 * DstPix * whole, sizeof(D) * DstPix * rest);
+            second(whole, db);
+            std::memcpy(d + 8 * DstPix * whole, db, sizeof(D) * DstPix * rest);
+        }
+    }
+}
+
 }  // namespace h9::lanes

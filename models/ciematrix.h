@@ -2,7 +2,7 @@
 // the XYZ, LUV and Lab conversions share, [output][input].
 #pragma once
 
-#include "models/lanes.h"
+#include "models/pixels3.h"
 
 namespace h9 {
 

@@ -5,7 +5,7 @@
 // one from the last by a rounded multiplication.
 #pragma once
 
-#include "models/lanes.h"
+#include "models/pixels3.h"
 #include "models/powluv.h"
 
 namespace h9::cuberoot {

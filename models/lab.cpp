@@ -33,46 +33,70 @@ using namespace cuberoot;
 
 constexpr float kThreshold = 0.008856f;
 
-// f(t) of one normalised value (short table); `root` gets the cube root.
-// `InRange`: t comes from 8-bit samples and cannot leave the table.
-template <bool Short4, bool InRange, class F>
-inline F labF(F t, F& root)
-{
-    F c, b;
-    lookup(powluv::kShort, InRange ? index01InRange(t) : index01(t, powluv::kShortSize), c, b);
-    const F d = offsetFused(t, c, b);
-    root = Short4 ? rootHorner4(d, c, powluv::k4) : c * series8(d);
-    return select(le(t, F(kThreshold)), fmadd(F(7.787f), t, F(0.13793103f)), root);
-}
-
-// L, fx - fy and fy - fz of one pixel or eight. `Fused`: the group form's
-// matrix. 8-bit sources (not scaled to 0..1 first) are normalised by
-// 255 times the white point; 32f values are cut to 1.0 first.
-template <class S, bool Short4, bool Fused, class F>
-inline void labForward(F r, F g, F b, F& L, F& dxy, F& dyz)
+// x, y, z of one pixel or eight: X, Y, Z by the matrix (`Fused`: the group
+// form's), divided by the white point. 8-bit sources (not scaled to 0..1
+// first) are normalised by 255 times the white point; 32f values are cut to
+// 1.0 first.
+template <class S, bool Fused, class F>
+inline void labNormalised(F r, F g, F b, F (&t)[3])
 {
     const Matrix32f& M = kToXyz;
     const F X = Fused ? dotFused(M.c[0], r, g, b) : dotPlain(M.c[0], r, g, b);
     const F Y = Fused ? dotFused(M.c[1], r, g, b) : dotPlain(M.c[1], r, g, b);
     const F Z = Fused ? dotFused(M.c[2], r, g, b) : dotPlain(M.c[2], r, g, b);
-    F x, y, z;
     if constexpr (std::is_same_v<S, float>) {
-        x = minps(X * F(1.0521265f), F(1.0f));
-        y = minps(Y, F(1.0f));
-        z = minps(Z * F(0.9184812f), F(1.0f));
+        t[0] = minps(X * F(1.0521265f), F(1.0f));
+        t[1] = minps(Y, F(1.0f));
+        t[2] = minps(Z * F(0.9184812f), F(1.0f));
     } else {
-        x = X * F(0.0041259914f);
-        y = Y * F(0.003921569f);
-        z = Z * F(0.0036018905f);
+        t[0] = X * F(0.0041259914f);
+        t[1] = Y * F(0.003921569f);
+        t[2] = Z * F(0.0036018905f);
     }
-    F rx, ry, rz;
-    constexpr bool kInRange = !std::is_same_v<S, float>;
-    const F fx = labF<Short4, kInRange>(x, rx);
-    const F fy = labF<Short4, kInRange>(y, ry);
-    const F fz = labF<Short4, kInRange>(z, rz);
-    L = select(le(y, F(kThreshold)), F(903.3f) * y, ry * F(116.0f) - F(16.0f));
-    dxy = fx - fy;
-    dyz = fy - fz;
+}
+
+// Index of the pair (short table) for a normalised value; values from 8-bit
+// samples cannot leave the table.
+template <class S, class F>
+inline IntOf<F> labIndex(F t)
+{
+    if constexpr (std::is_same_v<S, float>)
+        return index01(t, powluv::kShortSize);
+    else
+        return index01InRange(t);
+}
+
+// f(t) of one normalised value from its pair (c, b); `root` gets the cube
+// root.
+template <bool Short4, class F>
+inline F labF(F t, F c, F b, F& root)
+{
+    const F d = offsetFused(t, c, b);
+    root = Short4 ? rootHorner4(d, c, powluv::k4) : c * series8(d);
+    return select(le(t, F(kThreshold)), fmadd(F(7.787f), t, F(0.13793103f)), root);
+}
+
+// L, fx - fy and fy - fz from x, y, z and their pairs.
+template <bool Short4, class F>
+inline void labFromPairs(const F (&t)[3], const F (&c)[3], const F (&b)[3], F& L, F& dxy, F& dyz)
+{
+    F f[3], root[3];
+    for (int k = 0; k < 3; ++k)
+        f[k] = labF<Short4>(t[k], c[k], b[k], root[k]);
+    L = select(le(t[1], F(kThreshold)), F(903.3f) * t[1], root[1] * F(116.0f) - F(16.0f));
+    dxy = f[0] - f[1];
+    dyz = f[1] - f[2];
+}
+
+// L, fx - fy and fy - fz of one pixel or eight.
+template <class S, bool Short4, bool Fused, class F>
+inline void labForward(F r, F g, F b, F& L, F& dxy, F& dyz)
+{
+    F t[3], c[3], p[3];
+    labNormalised<S, Fused>(r, g, b, t);
+    for (int k = 0; k < 3; ++k)
+        lookup(powluv::kShort, labIndex<S>(t[k]), c[k], p[k]);
+    labFromPairs<Short4>(t, c, p, L, dxy, dyz);
 }
 
 // Stored values: 8u L * 2.55, a + 128, b + 128; 16u the same times 255 (L
@@ -127,7 +151,9 @@ struct ThreeChannels {
     void block(const Src* s, Dst* d) const { pixel<true>(s, d); }
     void tail(const Src* s, Dst* d) const { pixel<false>(s, d); }
 
-    void vector(const Src* s, Dst* d, int n) const
+    // Flattened: left to itself the compiler calls the group arithmetic and
+    // the table lookup out of line, passing every register through memory.
+    [[gnu::flatten]] void vector(const Src* s, Dst* d, int n) const
     {
         inEights<3, 3>(s, d, n, [](const Src* s8, Dst* d8) {
             F8 in[3], o[3];
@@ -168,6 +194,45 @@ struct RgbToLab : ThreeChannels<RgbToLab<S, D, Bgr>, S, D> {
     static void quantize(const F (&o)[3], IntOf<F> (&q)[3])
     {
         labStored<D>(o[0], o[1], o[2], q);
+    }
+
+    // The vector path in two passes over runs of up to 64 pixels: first the
+    // normalised values and their table indices of the whole run, then the
+    // lookups, roots and stores. Each pass is a short chain of dependent
+    // steps, so the processor keeps more groups in flight than in one long
+    // chain from load to store. The arithmetic is that of convert() above.
+    [[gnu::flatten]] void vector(const S* s, D* d, int n) const
+    {
+        constexpr int kRun = 64;
+        alignas(32) float t[kRun / 8][3][8];
+        alignas(32) uint64_t at[kRun / 8][3][4];
+        auto first = [&](const S* s8, int g) {
+            F8 in[3], x[3];
+            loadPixels8<S, 3>(s8, in);
+            labNormalised<S, true>(in[kR], in[1], in[kB], x);
+            for (int k = 0; k < 3; ++k) {
+                _mm256_store_ps(t[g][k], x[k].v);
+                _mm256_store_si256(reinterpret_cast<__m256i*>(at[g][k]), labIndex<S>(x[k]).v);
+            }
+        };
+        auto second = [&](int g, D* d8) {
+            F8 x[3], c[3], b[3], o[3];
+            for (int k = 0; k < 3; ++k) {
+                x[k] = _mm256_load_ps(t[g][k]);
+                lookupAt(powluv::kShort, at[g][k], c[k], b[k]);
+            }
+            labFromPairs<kShort4>(x, c, b, o[0], o[1], o[2]);
+            if constexpr (std::is_same_v<D, float>) {
+                o[1] = o[1] * F8(500.0f);
+                o[2] = o[2] * F8(200.0f);
+                storePixels8<3>(d8, o);
+            } else {
+                I8 q[3];
+                quantize(o, q);
+                storePixels8<D, 3>(d8, q);
+            }
+        };
+        inRuns<kRun, 3, 3>(s, d, n, first, second);
     }
 };
 

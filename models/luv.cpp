@@ -58,10 +58,11 @@ constexpr float kUn = 0.197839f;  // u' and v' of the white point
 constexpr float kVn = 0.468342f;
 constexpr float kToUnit16 = 1.5259022e-05f;  // 1 / 65535
 
-// Group form: L, u, v of one pixel or eight. D is raised by 3 where it is not
-// above 0, or (RaiseZeroOnly) where it is 0, before its reciprocal.
+// Group form, the steps that need no table: Y, and u' - u'n, v' - v'n from
+// X, Y, Z by the matrix and D = X + 15 Y + 3 Z. D is raised by 3 where it is
+// not above 0, or (RaiseZeroOnly) where it is 0, before its reciprocal.
 template <class T, bool RaiseZeroOnly, class F>
-inline void luvGroup(F r, F g, F b, F& L, F& u, F& v)
+inline void luvChroma(F r, F g, F b, F& Y, F& du, F& dv)
 {
     if constexpr (std::is_same_v<T, uint8_t>) {
         r = r * F(0.003921569f);
@@ -72,34 +73,60 @@ inline void luvGroup(F r, F g, F b, F& L, F& u, F& v)
     g = raised<T>(g);
     b = raised<T>(b);
     const F X = dotFused(kToXyz.c[0], r, g, b);
-    const F Y = dotFused(kToXyz.c[1], r, g, b);
+    Y = dotFused(kToXyz.c[1], r, g, b);
     const F Z = dotFused(kToXyz.c[2], r, g, b);
     const F D = fmadd(Y, F(15.0f), fmadd(Z, F(3.0f), X));
+    const F Dr = select(RaiseZeroOnly ? eq(D, F(0.0f)) : le(D, F(0.0f)), D + F(3.0f), D);
+    const F r1 = rcpRefined(Dr);
+    du = fmsub(r1, X * F(4.0f), F(kUn));
+    dv = fmsub(Y * F(9.0f), r1, F(kVn));
+}
 
-    // The root is looked up and computed for every pixel, linear or not.
-    F Yn, c, rb, root;
+// The table of the type and the index of Y's pair in it.
+template <class T>
+inline const powluv::Pair* luvTable()
+{
+    return std::is_same_v<T, uint8_t> ? powluv::kShort : powluv::kLong.data();
+}
+template <class T, class F>
+inline IntOf<F> luvIndex(F Y)
+{
+    if constexpr (kWide<T>)
+        return clampI(shr(truncI(Y), 9), 0, powluv::kLongSize - 1);
+    else
+        return index01(Y, std::is_same_v<T, uint8_t> ? powluv::kShortSize : powluv::kLongSize);
+}
+
+// Group form, the rest: L from Y and its pair (c, rb), looked up and
+// computed for every pixel, linear or not; u and v.
+template <class T, class F>
+inline void luvLightness(F Y, F c, F rb, F du, F dv, F& L, F& u, F& v)
+{
+    F Yn, root;
     if constexpr (kWide<T>) {
         Yn = Y * F(kToUnit16);
-        lookup(powluv::kLong.data(), clampI(shr(truncI(Y), 9), 0, powluv::kLongSize - 1), c, rb);
         root = c * series6(offsetFused(Yn, c, rb));
     } else if constexpr (std::is_same_v<T, uint8_t>) {
         Yn = Y;
-        lookup(powluv::kShort, index01(Y, powluv::kShortSize), c, rb);
         root = rootHorner4(offsetFused(Yn, c, rb), c, powluv::k5);
     } else {
         Yn = Y;
-        lookup(powluv::kLong.data(), index01(Y, powluv::kLongSize), c, rb);
         root = c * series8(offsetFused(Yn, c, rb));
     }
     const auto linear = kWide<T> ? le(Y, F(580.37799f)) : le(Y, F(0.008856f));
     L = select(linear, Yn * F(903.3f), fmsub(root, F(116.0f), F(16.0f)));
-
-    const F Dr = select(RaiseZeroOnly ? eq(D, F(0.0f)) : le(D, F(0.0f)), D + F(3.0f), D);
-    const F r1 = rcpRefined(Dr);
-    const F du = fmsub(r1, X * F(4.0f), F(kUn));
-    const F dv = fmsub(Y * F(9.0f), r1, F(kVn));
     u = (L * F(13.0f)) * du;
     v = (L * F(13.0f)) * dv;
+}
+
+// Group form: L, u, v of one pixel or eight.
+template <class T, bool RaiseZeroOnly, class F>
+inline void luvGroup(F r, F g, F b, F& L, F& u, F& v)
+{
+    F Y, du, dv, c, rb;
+    luvChroma<T, RaiseZeroOnly>(r, g, b, Y, du, dv);
+    lookup(luvTable<T>(), luvIndex<T>(Y), c, rb);
+    luvLightness<T>(Y, c, rb, du, dv, L, u, v);
 }
 
 // Stored values of the group form; integers are saturated by the store.
@@ -226,12 +253,30 @@ struct RgbToLuv {
         luvTail<T>(in[kR], in[1], in[kB], d);
     }
 
-    void vector(const Src* s, Dst* d, int n) const
+    // Two passes over runs of 64 pixels (see inRuns): Y, the chromaticity
+    // offsets and the table index first, then the lookup, L, u, v and the
+    // stores. The arithmetic is that of block(). Flattened: left to itself
+    // the compiler calls the group arithmetic and the table lookup out of
+    // line, passing every register through memory.
+    [[gnu::flatten]] void vector(const Src* s, Dst* d, int n) const
     {
-        inEights<Ch, Ch>(s, d, n, [](const Src* s8, Dst* d8) {
-            F8 in[3], L, u, v;
+        constexpr int kRun = 64;
+        alignas(32) float y[kRun / 8][3][8];  // Y, u' - u'n, v' - v'n
+        alignas(32) uint64_t at[kRun / 8][4];
+        auto first = [&](const Src* s8, int g) {
+            F8 in[3], Y, du, dv;
             loadPixels8<T, Ch>(s8, in);
-            luvGroup<T, kRaiseZeroOnly>(in[kR], in[1], in[kB], L, u, v);
+            luvChroma<T, kRaiseZeroOnly>(in[kR], in[1], in[kB], Y, du, dv);
+            _mm256_store_ps(y[g][0], Y.v);
+            _mm256_store_ps(y[g][1], du.v);
+            _mm256_store_ps(y[g][2], dv.v);
+            _mm256_store_si256(reinterpret_cast<__m256i*>(at[g]), luvIndex<T>(Y).v);
+        };
+        auto second = [&](int g, Dst* d8) {
+            F8 c, rb, L, u, v;
+            lookupAt(luvTable<T>(), at[g], c, rb);
+            luvLightness<T>(F8(_mm256_load_ps(y[g][0])), c, rb, F8(_mm256_load_ps(y[g][1])),
+                            F8(_mm256_load_ps(y[g][2])), L, u, v);
             if constexpr (std::is_same_v<T, float>) {
                 storePixels8<Ch>(d8, {L, u, v});
             } else {
@@ -239,7 +284,8 @@ struct RgbToLuv {
                 luvGroupOut<T>(L, u, v, o);
                 storePixels8<T, Ch>(d8, o);
             }
-        });
+        };
+        inRuns<kRun, Ch, Ch>(s, d, n, first, second);
     }
 };
 
@@ -458,7 +504,9 @@ struct LuvToRgb {
         }
     }
 
-    void vector(const Src* s, Dst* d, int n) const
+    // Flattened: left to itself the compiler calls the group arithmetic and
+    // the table lookup out of line, passing every register through memory.
+    [[gnu::flatten]] void vector(const Src* s, Dst* d, int n) const
     {
         inEights<Ch, Ch>(s, d, n, [](const Src* s8, Dst* d8) {
             F8 in[3], o[3], out[3];

@@ -408,6 +408,19 @@ constexpr std::array<int8_t, 16> unrotateMask(int s, int eb)
     return m;
 }
 
+// The chunks of 96 bytes of three-sample pixels: bytes 16k to 16k + 15 in
+// lane 0 of c[k], 48 + 16k to 63 + 16k in lane 1. Whole loads at 0, 16, 32,
+// 48 and 64 joined by dword blends, which any vector port runs, leave the
+// shuffle ports to the gather (inserting half loads would take them).
+inline void chunks3(const uint8_t* s, __m256i* c)
+{
+    auto at = [&](int j) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + j)); };
+    const __m256i mid = at(32);
+    c[0] = _mm256_blend_epi32(at(0), mid, 0xF0);
+    c[1] = _mm256_blend_epi32(at(16), at(48), 0xF0);
+    c[2] = _mm256_blend_epi32(mid, at(64), 0xF0);
+}
+
 // Memory sample S of three-sample pixels out of the chunks c[0..3): byte
 // blends take from each chunk the elements of sample S (one chunk a
 // position, as above), and one pshufb puts pixel i at element i.
@@ -513,8 +526,11 @@ struct PixelsIn : Pixels<T, Ch, Bgr> {
             return {from(c[P::kR]), from(c[1]), from(c[P::kB])};
         } else {
             __m256i c[Ch];
-            for (int k = 0; k < Ch; ++k)
-                c[k] = simd::load2x128(s + 16 * k, s + 16 * Ch + 16 * k);
+            if constexpr (Ch == 3)
+                chunks3(s, c);
+            else
+                for (int k = 0; k < Ch; ++k)
+                    c[k] = simd::load2x128(s + 16 * k, s + 16 * Ch + 16 * k);
             if constexpr (Ch == 3)
                 return {P::template from<N>(gather3<P::kR, P::kEB>(c)), P::template from<N>(gather3<1, P::kEB>(c)),
                         P::template from<N>(gather3<P::kB, P::kEB>(c))};

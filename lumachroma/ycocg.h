@@ -572,11 +572,14 @@ struct PixelsOut : Pixels<T, Ch, Bgr> {
             _mm256_storeu2_m128i(reinterpret_cast<__m128i*>(d + 16 * Ch + 16 * k), reinterpret_cast<__m128i*>(d + 16 * k), x);
         };
         if constexpr (Ch == 3) {
+            // The chunks hold bytes 16k.. and 48 + 16k.. of the 96; whole
+            // 32-byte stores take them two lanes at a time.
             __m256i k[3];
             interleave3<P::kEB>(c, k);
-            put(0, k[0]);
-            put(1, k[1]);
-            put(2, k[2]);
+            auto at = [&](int j, __m256i x) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + j), x); };
+            at(0, _mm256_permute2x128_si256(k[0], k[1], 0x20));
+            at(32, _mm256_blend_epi32(k[2], k[0], 0xF0));
+            at(64, _mm256_permute2x128_si256(k[1], k[2], 0x31));
         } else {
             put(0, scatter4<0, P::kEB>(c, a));
             put(1, scatter4<1, P::kEB>(c, a));

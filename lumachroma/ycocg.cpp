@@ -69,11 +69,11 @@ using namespace h9::ycocg;
 // ---- plain ------------------------------------------------------------------
 ORV_FRONT(orviBGRToYCoCg_8u16s_C3P3R)(const Orv8u* pSrc, int srcStep, Orv16s* pDst[3], int dstStep, RoiSize roiSize)
 {
-    return toPlanes<PlainForward, Pair16, 3>(pSrc, srcStep, pDst, dstStep, roiSize, kDstFirst);
+    return toPlanes<PlainForward, Bytes, 3>(pSrc, srcStep, pDst, dstStep, roiSize, kDstFirst);
 }
 ORV_FRONT(orviBGRToYCoCg_8u16s_C4P3R)(const Orv8u* pSrc, int srcStep, Orv16s* pDst[3], int dstStep, RoiSize roiSize)
 {
-    return toPlanes<PlainForward, Pair16, 4>(pSrc, srcStep, pDst, dstStep, roiSize, kDstFirst);
+    return toPlanes<PlainForward, UnpackBytes, 4>(pSrc, srcStep, pDst, dstStep, roiSize, kDstFirst);
 }
 // The sums of 16-bit samples need 18 bits before the shift: 32-bit lanes.
 ORV_FRONT(orviSBGRToYCoCg_16s_C3P3R)(const Orv16s* pSrc, int srcStep, Orv16s* pDst[3], int dstStep, RoiSize roiSize)

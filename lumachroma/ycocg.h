@@ -29,8 +29,8 @@
 // the scalar form agree for every input, and a row can split between them
 // anywhere: whole vectors go through the vector path, the rest of the row
 // through the scalar form. Members with byte pixels move 32 pixels a step;
-// the biased transforms, all of whose inputs and results are bytes, also
-// have a form on bytes.
+// the plain and biased transforms of byte pixels have a form on bytes, the
+// plain one widening its results to 16 bits only at the end.
 #pragma once
 
 #include <immintrin.h>
@@ -90,9 +90,18 @@ inline Lanes32 operator+(Lanes32 a, int k)
 }
 inline Lanes32 operator>>(Lanes32 a, int n) { return {_mm256_srai_epi32(a.lo, n), _mm256_srai_epi32(a.hi, n)}; }
 
-// 32 pixels of unsigned bytes. Only the biased transforms, whose every
-// input and result is a byte, have a form on them (see there); no operators.
+// 32 pixels of unsigned bytes, in pixel order. The plain and biased
+// transforms of byte samples have a form on them (see there); no operators.
 struct Bytes {
+    static constexpr int kPixels = 32;
+    __m256i v;
+};
+
+// 32 pixels of unsigned bytes in the order that unpacking against zero
+// widens into pixel order: pixels 0-7 and 16-23 in lane 0, 8-15 and 24-31
+// in lane 1. Four-byte pixels come out of memory this way without a
+// shuffle across lanes, and so widen with two shuffles instead of three.
+struct UnpackBytes {
     static constexpr int kPixels = 32;
     __m256i v;
 };
@@ -120,6 +129,14 @@ inline N fromBytes(__m256i v)
         return {v};
     else
         return {{_mm256_cvtepu8_epi16(_mm256_castsi256_si128(v))}, {_mm256_cvtepu8_epi16(_mm256_extracti128_si256(v, 1))}};
+}
+
+// Bytes widened to 16-bit lanes.
+inline Pair16 widen(Bytes a) { return fromBytes<Pair16>(a.v); }
+inline Pair16 widen(UnpackBytes a)
+{
+    const __m256i z = _mm256_setzero_si256();
+    return {{_mm256_unpacklo_epi8(a.v, z)}, {_mm256_unpackhi_epi8(a.v, z)}};
 }
 
 // The low 16 bits of each value.
@@ -159,6 +176,29 @@ inline N asPlane(N x)
 // ---------------------------------------------------------------------------
 // Transforms: Trio in, Trio out, any number type.
 
+// The plain transform of byte samples on bytes. With ~x = 255 - x and
+// avg(a, b) = (a + b + 1) >> 1 (pavgb), the floor of a half sum is
+// ~avg(~a, ~b), avg(~a, b) = 128 + ((b - a) >> 1), and a carry bit below a
+// shift by one more drops out, so
+//   Y  = (R + 2G + B + 2) >> 2          = avg(G, ~avg(~R, ~B))
+//   Co = (R - B + 1) >> 1               = 128 - avg(~R, B)
+//   Cg = (2G - R - B + 2) >> 2          = 128 - avg(~G, avg(R, B))
+// Y is returned as it is, and for the chroma the two averages: Co and Cg
+// take 256 values, -127 to 128, which no byte holds, so the subtraction
+// from 128 is left to the caller.
+template <class B>
+inline Trio<B> plainOnBytes(const Trio<B>& p)
+{
+    const __m256i r = p.a.v, g = p.b.v, b = p.c.v;
+    const __m256i ones = _mm256_set1_epi8(-1);
+    auto inv = [&](__m256i x) { return _mm256_xor_si256(x, ones); };
+    const __m256i nr = inv(r);
+    const __m256i y = _mm256_avg_epu8(g, inv(_mm256_avg_epu8(nr, inv(b))));
+    const __m256i co = _mm256_avg_epu8(nr, b);
+    const __m256i cg = _mm256_avg_epu8(inv(g), _mm256_avg_epu8(r, b));
+    return {{y}, {co}, {cg}};
+}
+
 struct PlainForward {
     template <class N>
     static Trio<N> apply(const Trio<N>& p)
@@ -166,6 +206,22 @@ struct PlainForward {
         const N &r = p.a, &g = p.b, &b = p.c;
         const N rb = r + b, gg = g + g;
         return {(rb + gg + 2) >> 2, (r - b + 1) >> 1, (gg - rb + 2) >> 2};
+    }
+
+    // Byte samples: the byte form, widened to 16 bits at the end.
+    static Trio<Pair16> apply(const Trio<Bytes>& p) { return onBytes(p); }
+    static Trio<Pair16> apply(const Trio<UnpackBytes>& p) { return onBytes(p); }
+
+    template <class B>
+    static Trio<Pair16> onBytes(const Trio<B>& p)
+    {
+        const Trio<B> q = plainOnBytes(p);
+        auto from128 = [](B x) {
+            const Pair16 w = widen(x);
+            const __m256i k = _mm256_set1_epi16(128);
+            return Pair16{{_mm256_sub_epi16(k, w.lo.v)}, {_mm256_sub_epi16(k, w.hi.v)}};
+        };
+        return {widen(q.a), from128(q.b), from128(q.c)};
     }
 };
 
@@ -214,25 +270,14 @@ struct BiasedForward {
         return {q.a, q.b + 128, q.c + 128};
     }
 
-    // The same on bytes, without widening. With ~x = 255 - x and
-    // avg(a, b) = (a + b + 1) >> 1 (pavgb), the floor of a half sum is
-    // ~avg(~a, ~b), a carry bit below a shift by one more drops out, and
-    //   Y  = (R + 2G + B + 2) >> 2          = avg(~avg(~R, ~B), G)
-    //   Co = ((R - B + 1) >> 1) + 128       = floor((R + ~B) / 2) + 1
-    //                                       = avg(R, ~B) + ((R ^ B) & 1)
-    //   Cg = ((2G - R - B + 2) >> 2) + 128  = floor((2G + ~R + ~B) / 4) + 1
-    //                                       = ~avg(~G, avg(R, B)) + 1
-    // the last two added with saturation at 255.
+    // The same on bytes, without widening: 128 added to the chroma of the
+    // plain byte form is 256 - avg, that is ~avg + 1, added with saturation.
     static Trio<Bytes> apply(const Trio<Bytes>& p)
     {
-        const __m256i r = p.a.v, g = p.b.v, b = p.c.v;
+        const Trio<Bytes> q = plainOnBytes(p);
         const __m256i ones = _mm256_set1_epi8(-1), one = _mm256_set1_epi8(1);
-        auto inv = [&](__m256i x) { return _mm256_xor_si256(x, ones); };
-        const __m256i nb = inv(b);
-        const __m256i y = _mm256_avg_epu8(inv(_mm256_avg_epu8(inv(r), nb)), g);
-        const __m256i co = _mm256_adds_epu8(_mm256_avg_epu8(r, nb), _mm256_and_si256(_mm256_xor_si256(r, b), one));
-        const __m256i cg = _mm256_adds_epu8(inv(_mm256_avg_epu8(inv(g), _mm256_avg_epu8(r, b))), one);
-        return {{y}, {co}, {cg}};
+        auto up = [&](Bytes x) { return Bytes{_mm256_adds_epu8(_mm256_xor_si256(x.v, ones), one)}; };
+        return {q.a, up(q.b), up(q.c)};
     }
 };
 
@@ -363,6 +408,19 @@ constexpr std::array<int8_t, 16> unrotateMask(int s, int eb)
     return m;
 }
 
+// The chunks of 96 bytes of three-sample pixels: bytes 16k to 16k + 15 in
+// lane 0 of c[k], 48 + 16k to 63 + 16k in lane 1. Whole loads at 0, 16, 32,
+// 48 and 64 joined by dword blends, which any vector port runs, leave the
+// shuffle ports to the gather (inserting half loads would take them).
+inline void chunks3(const uint8_t* s, __m256i* c)
+{
+    auto at = [&](int j) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + j)); };
+    const __m256i mid = at(32);
+    c[0] = _mm256_blend_epi32(at(0), mid, 0xF0);
+    c[1] = _mm256_blend_epi32(at(16), at(48), 0xF0);
+    c[2] = _mm256_blend_epi32(mid, at(64), 0xF0);
+}
+
 // Memory sample S of three-sample pixels out of the chunks c[0..3): byte
 // blends take from each chunk the elements of sample S (one chunk a
 // position, as above), and one pshufb puts pixel i at element i.
@@ -376,6 +434,27 @@ inline __m256i gather3(const __m256i* c)
     static constexpr std::array<int8_t, 16> unrot = unrotateMask(S, EB);
     const __m256i x = _mm256_blendv_epi8(_mm256_blendv_epi8(c[0], c[1], mask(sel1)), c[2], mask(sel2));
     return _mm256_shuffle_epi8(x, mask(unrot));
+}
+
+// Samples 0, 1 and 2 of 32 four-byte pixels, each in the order of
+// UnpackBytes. The loads put pixels 0-3, 4-7, 16-19, 20-23 in lane 0 of
+// four registers and 8-11, 12-15, 24-27, 28-31 in lane 1; a pshufb groups
+// each lane's four pixels by sample (four dwords), and two rounds of
+// unpacks gather the dwords of a sample.
+inline void samples4x32(const uint8_t* s, __m256i* out)
+{
+    const __m256i bySample = _mm256_broadcastsi128_si256(
+        _mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15));
+    __m256i v[4];
+    for (int k = 0; k < 4; ++k) {
+        const uint8_t* q = s + 16 * (k & 1) + 64 * (k >> 1);
+        v[k] = _mm256_shuffle_epi8(simd::load2x128(q, q + 32), bySample);
+    }
+    const __m256i t0 = _mm256_unpacklo_epi32(v[0], v[1]), t1 = _mm256_unpackhi_epi32(v[0], v[1]);
+    const __m256i t2 = _mm256_unpacklo_epi32(v[2], v[3]), t3 = _mm256_unpackhi_epi32(v[2], v[3]);
+    out[0] = _mm256_unpacklo_epi64(t0, t2);
+    out[1] = _mm256_unpackhi_epi64(t0, t2);
+    out[2] = _mm256_unpacklo_epi64(t1, t3);
 }
 
 // Interleaved pixels of T (bytes or signed 16-bit), Ch samples a pixel. The
@@ -427,15 +506,38 @@ struct PixelsIn : Pixels<T, Ch, Bgr> {
     {
         static_assert(N::kPixels * P::kEB == 32);
         const uint8_t* s = reinterpret_cast<const uint8_t*>(p + Ch * i);
-        __m256i c[Ch];
-        for (int k = 0; k < Ch; ++k)
-            c[k] = simd::load2x128(s + 16 * k, s + 16 * Ch + 16 * k);
-        if constexpr (Ch == 3)
-            return {P::template from<N>(gather3<P::kR, P::kEB>(c)), P::template from<N>(gather3<1, P::kEB>(c)),
-                    P::template from<N>(gather3<P::kB, P::kEB>(c))};
-        else
-            return {P::template from<N>(gather<Ch, P::kR, P::kEB>(c)), P::template from<N>(gather<Ch, 1, P::kEB>(c)),
-                    P::template from<N>(gather<Ch, P::kB, P::kEB>(c))};
+        if constexpr (P::kEB == 1) {
+            // Byte pixels take the least arithmetic, so here the loads wait
+            // most on memory: ask for the pixels of 16 steps ahead now (two
+            // cache lines cover the 96 or 128 bytes a step reads).
+            _mm_prefetch(reinterpret_cast<const char*>(s) + 512 * Ch, _MM_HINT_T0);
+            _mm_prefetch(reinterpret_cast<const char*>(s) + 512 * Ch + 64, _MM_HINT_T0);
+        }
+        if constexpr (Ch == 4 && P::kEB == 1) {
+            static_assert(std::is_same_v<N, UnpackBytes> || std::is_same_v<N, Pair16>);
+            __m256i c[3];
+            samples4x32(s, c);
+            auto from = [](__m256i x) {
+                if constexpr (std::is_same_v<N, UnpackBytes>)
+                    return UnpackBytes{x};
+                else
+                    return widen(UnpackBytes{x});
+            };
+            return {from(c[P::kR]), from(c[1]), from(c[P::kB])};
+        } else {
+            __m256i c[Ch];
+            if constexpr (Ch == 3)
+                chunks3(s, c);
+            else
+                for (int k = 0; k < Ch; ++k)
+                    c[k] = simd::load2x128(s + 16 * k, s + 16 * Ch + 16 * k);
+            if constexpr (Ch == 3)
+                return {P::template from<N>(gather3<P::kR, P::kEB>(c)), P::template from<N>(gather3<1, P::kEB>(c)),
+                        P::template from<N>(gather3<P::kB, P::kEB>(c))};
+            else
+                return {P::template from<N>(gather<Ch, P::kR, P::kEB>(c)),
+                        P::template from<N>(gather<Ch, 1, P::kEB>(c)), P::template from<N>(gather<Ch, P::kB, P::kEB>(c))};
+        }
     }
 };
 
@@ -470,11 +572,14 @@ struct PixelsOut : Pixels<T, Ch, Bgr> {
             _mm256_storeu2_m128i(reinterpret_cast<__m128i*>(d + 16 * Ch + 16 * k), reinterpret_cast<__m128i*>(d + 16 * k), x);
         };
         if constexpr (Ch == 3) {
+            // The chunks hold bytes 16k.. and 48 + 16k.. of the 96; whole
+            // 32-byte stores take them two lanes at a time.
             __m256i k[3];
             interleave3<P::kEB>(c, k);
-            put(0, k[0]);
-            put(1, k[1]);
-            put(2, k[2]);
+            auto at = [&](int j, __m256i x) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + j), x); };
+            at(0, _mm256_permute2x128_si256(k[0], k[1], 0x20));
+            at(32, _mm256_blend_epi32(k[2], k[0], 0xF0));
+            at(64, _mm256_permute2x128_si256(k[1], k[2], 0x31));
         } else {
             put(0, scatter4<0, P::kEB>(c, a));
             put(1, scatter4<1, P::kEB>(c, a));

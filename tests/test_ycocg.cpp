@@ -227,8 +227,9 @@ TEST(YCoCg, SixteenBitOverflowKeepsLowBits)
 // Every byte triple, one row of 65536 pixels for each R (B and G vary
 // along the row): the lifting pair returns it, by the vector path and by the
 // scalar form; the plain pair keeps Y in 0..255 and the chroma in -127..128
-// and loses at most one step; the byte-plane members, whose vector path has
-// its own arithmetic on bytes, agree with their scalar forms on every input.
+// and loses at most one step; the plain members from bytes and the byte-plane
+// members, whose vector paths have their own arithmetic on bytes, agree with
+// their scalar forms on every input.
 TEST(YCoCg, EveryByteTriple)
 {
     const int w = 65536;
@@ -242,6 +243,10 @@ TEST(YCoCg, EveryByteTriple)
     Bytes yuv[3] = {Bytes(w), Bytes(w), Bytes(w)};
     Bytes fwd[2][3] = {{Bytes(w), Bytes(w), Bytes(w)}, {Bytes(w), Bytes(w), Bytes(w)}};
     Bytes rgb[2] = {Bytes(3 * w), Bytes(3 * w)};
+    std::vector<int16_t> plain[2][3];
+    for (auto& mode : plain)
+        for (auto& plane : mode)
+            plane.resize(w);
     const uint8_t* yuvIn[3] = {yuv[0].data(), yuv[1].data(), yuv[2].data()};
     int lo[3] = {1000, 1000, 1000}, hi[3] = {-1000, -1000, -1000}, worst = 0;
     for (int r = 0; r < 256; ++r) {
@@ -260,18 +265,22 @@ TEST(YCoCg, EveryByteTriple)
             uint8_t* f[3] = {fwd[scalar][0].data(), fwd[scalar][1].data(), fwd[scalar][2].data()};
             ASSERT_EQ(orviRGBToYCoCg_8u_C3P3R(src.data(), 3 * w, f, w, {w, 1}), orvStatusOk);
             ASSERT_EQ(orviYCoCgToRGB_8u_P3C3R(yuvIn, w, rgb[scalar].data(), 3 * w, {w, 1}), orvStatusOk);
+            int16_t* q[3] = {plain[scalar][0].data(), plain[scalar][1].data(), plain[scalar][2].data()};
+            ASSERT_EQ(orviBGRToYCoCg_8u16s_C3P3R(src.data(), 3 * w, q, 2 * w, {w, 1}), orvStatusOk);
         }
-        for (int k = 0; k < 3; ++k)
+        for (int k = 0; k < 3; ++k) {
             ASSERT_EQ(fwd[0][k], fwd[1][k]) << "B " << r << " plane " << k;
+            ASSERT_EQ(plain[0][k], plain[1][k]) << "R " << r << " plane " << k;
+        }
         ASSERT_EQ(rgb[0], rgb[1]) << "Cg " << r;
 
-        ASSERT_EQ(orviBGRToYCoCg_8u16s_C3P3R(src.data(), 3 * w, p, 2 * w, {w, 1}), orvStatusOk);
+        const int16_t* cq[3] = {plain[0][0].data(), plain[0][1].data(), plain[0][2].data()};
         for (int k = 0; k < 3; ++k) {
-            const auto [mn, mx] = std::minmax_element(planes[k].begin(), planes[k].end());
+            const auto [mn, mx] = std::minmax_element(plain[0][k].begin(), plain[0][k].end());
             lo[k] = std::min<int>(lo[k], *mn);
             hi[k] = std::max<int>(hi[k], *mx);
         }
-        ASSERT_EQ(orviYCoCgToBGR_16s8u_P3C3R(cp, 2 * w, back.data(), 3 * w, {w, 1}), orvStatusOk);
+        ASSERT_EQ(orviYCoCgToBGR_16s8u_P3C3R(cq, 2 * w, back.data(), 3 * w, {w, 1}), orvStatusOk);
         for (int i = 0; i < 3 * w; ++i)
             worst = std::max(worst, std::abs(back[i] - src[i]));
     }

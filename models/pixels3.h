@@ -79,10 +79,11 @@ struct Elem<float> {
 // becomes 0, anything else the minimum of 1 and the value (minps(1, v)
 // returns v when v is NaN, so a NaN passes).
 inline float clampUnit(float v) { return v < 0.0f ? 0.0f : (1.0f < v ? 1.0f : v); }
+// maxps(0, v) is 0 > v ? 0 : v: 0 below zero, v itself for -0, NaN and the
+// rest, which is the same thing in two instructions.
 inline __m256 clampUnit(__m256 v)
 {
-    const __m256 kept = _mm256_andnot_ps(_mm256_cmp_ps(v, _mm256_setzero_ps(), _CMP_LT_OQ), v);
-    return _mm256_min_ps(_mm256_set1_ps(1.0f), kept);
+    return _mm256_min_ps(_mm256_set1_ps(1.0f), _mm256_max_ps(_mm256_setzero_ps(), v));
 }
 
 template <class T>

@@ -292,11 +292,6 @@ inline void load8(Access<const T, L> s, int i, __m256& a, __m256& b, __m256& c)
             a = _mm256_cvtepi32_ps(_mm256_and_si256(v, byte));
             b = _mm256_cvtepi32_ps(_mm256_and_si256(_mm256_srli_epi32(v, 8), byte));
             c = _mm256_cvtepi32_ps(_mm256_and_si256(_mm256_srli_epi32(v, 16), byte));
-        } else if constexpr (kIsFloat<T>) {
-            auto pair = [&](int k) {
-                return _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(p + 4 * k)), _mm_loadu_ps(p + 4 * k + 16), 1);
-            };
-            simd::deinterleave4x8(pair(0), pair(1), pair(2), pair(3), a, b, c);
         } else {
             simd::deinterleave4x8(pixelPair16(p, 0), pixelPair16(p, 1), pixelPair16(p, 2), pixelPair16(p, 3), a, b, c);
         }
@@ -415,7 +410,8 @@ inline void store8(Access<T, L> d, int i, __m256i r, __m256i g, __m256i b)
     }
 }
 
-// Float results of eight pixels to memory. `stream` (C3 only) stores with
+// Float results of eight pixels to memory (AC4 floats go by pairs, see
+// Twist3::pairs). `stream` (C3 only) stores with
 // non-temporal stores, of 32 bytes where the destination is aligned to 32 and
 // of 16 where it is aligned to 16 only; it needs that much.
 template <class T, Layout L>
@@ -440,21 +436,6 @@ inline void store8(Access<T, L> d, int i, __m256 r, __m256 g, __m256 b, bool str
                 _mm256_storeu_ps(p + 8 * k, v);
             }
         }
-    } else {  // AC4: the fourth floats are read and written back unchanged
-        const __m256 t0 = _mm256_unpacklo_ps(r, g);  // r0 g0 r1 g1 | r4 g4 r5 g5
-        const __m256 t1 = _mm256_unpackhi_ps(r, g);  // r2 g2 r3 g3 | r6 g6 r7 g7
-        const __m256 t2 = _mm256_unpacklo_ps(b, b);
-        const __m256 t3 = _mm256_unpackhi_ps(b, b);
-        const __m256 p0 = _mm256_shuffle_ps(t0, t2, 0x44);  // pixels 0 | 4
-        const __m256 p1 = _mm256_shuffle_ps(t0, t2, 0xEE);  // pixels 1 | 5
-        const __m256 p2 = _mm256_shuffle_ps(t1, t3, 0x44);  // pixels 2 | 6
-        const __m256 p3 = _mm256_shuffle_ps(t1, t3, 0xEE);  // pixels 3 | 7
-        float* p = d.at(i, 0);
-        auto keepAlpha = [](float* q, __m256 v) { _mm256_storeu_ps(q, _mm256_blend_ps(v, _mm256_loadu_ps(q), 0x88)); };
-        keepAlpha(p, _mm256_permute2f128_ps(p0, p1, 0x20));
-        keepAlpha(p + 8, _mm256_permute2f128_ps(p2, p3, 0x20));
-        keepAlpha(p + 16, _mm256_permute2f128_ps(p0, p1, 0x31));
-        keepAlpha(p + 24, _mm256_permute2f128_ps(p2, p3, 0x31));
     }
 }
 
@@ -475,6 +456,8 @@ struct Twist3 {
     bool alignHead = false;
     bool stream = false;
     bool bounded = false;  // integers: the min before the conversion may go (see toElement)
+
+    void pairs(In s, Out d, int begin, int end) const;  // floats in AC4 only
 
     Span span(int n, Out d) const
     {
@@ -530,20 +513,61 @@ struct Twist3 {
     template <bool Bounded>
     void steps(In s, Out d, int begin, int end) const
     {
-        const Splat k(m);
-        for (int i = begin; i < end; i += 8) {
-            __m256 a, b, c;
-            load8<T, L>(s, i, a, b, c);
-            const auto r0 = toElement<T, Bounded>(twistSum(k, 0, a, b, c));
-            const auto r1 = toElement<T, Bounded>(twistSum(k, 1, a, b, c));
-            const auto r2 = toElement<T, Bounded>(twistSum(k, 2, a, b, c));
-            if constexpr (kIsFloat<T>)
-                store8<T, L>(d, i, r0, r1, r2, stream);
-            else
-                store8<T, L>(d, i, r0, r1, r2);
+        if constexpr (kIsFloat<T> && L == Layout::AC4) {
+            pairs(s, d, begin, end);
+        } else {
+            // The next step's pixels are loaded (and shuffled and converted)
+            // before this step's sums, so that each step's long chain of
+            // dependent operations starts one step early: in the cache,
+            // 1.52 -> 1.31 cycles a pixel for 8u C3, 0.64 -> 0.52 ns a pixel
+            // for 16u C3, 0.42 -> 0.35 for 32f C3. Planar floats, which only
+            // load and store around the sums, measured slower that way.
+            constexpr bool kAhead = !(kIsFloat<T> && L == Layout::P3);
+            const Splat k(m);
+            __m256 na, nb, nc;
+            if (kAhead && begin < end)
+                load8<T, L>(s, begin, na, nb, nc);
+            for (int i = begin; i < end; i += 8) {
+                __m256 a, b, c;
+                if constexpr (kAhead) {
+                    a = na, b = nb, c = nc;
+                    if (i + 8 < end)
+                        load8<T, L>(s, i + 8, na, nb, nc);
+                } else {
+                    load8<T, L>(s, i, a, b, c);
+                }
+                const auto r0 = toElement<T, Bounded>(twistSum(k, 0, a, b, c));
+                const auto r1 = toElement<T, Bounded>(twistSum(k, 1, a, b, c));
+                const auto r2 = toElement<T, Bounded>(twistSum(k, 2, a, b, c));
+                if constexpr (kIsFloat<T>)
+                    store8<T, L>(d, i, r0, r1, r2, stream);
+                else
+                    store8<T, L>(d, i, r0, r1, r2);
+            }
         }
     }
 };
+
+// Floats in AC4, two pixels a register as they lie in memory: each source
+// value is spread over its pixel's four lanes and multiplies a whole column,
+// so lane r of a pixel computes result r in the order of twistSum (lane 3,
+// with zero weights, gives way to the destination's fourth float). That is
+// twelve in-lane shuffles per eight pixels, where transposing to one channel
+// a register and back takes nineteen shuffles and four lane crossings.
+template <>
+void Twist3<float, Layout::AC4>::pairs(In s, Out d, int begin, int end) const
+{
+    auto column = [&](int c) { return _mm256_broadcast_ps(reinterpret_cast<const __m128*>(m.col[c])); };
+    const __m256 w0 = column(0), w1 = column(1), w2 = column(2), w3 = column(3);
+    for (int i = begin; i < end; i += 2) {
+        const __m256 p = _mm256_loadu_ps(s.at(i, 0));
+        const __m256 a = _mm256_permute_ps(p, 0x00), b = _mm256_permute_ps(p, 0x55), c = _mm256_permute_ps(p, 0xAA);
+        const __m256 t = _mm256_add_ps(_mm256_add_ps(w3, _mm256_mul_ps(a, w0)),
+                                       _mm256_add_ps(_mm256_mul_ps(c, w2), _mm256_mul_ps(b, w1)));
+        float* q = d.at(i, 0);
+        _mm256_storeu_ps(q, _mm256_blend_ps(t, _mm256_loadu_ps(q), 0x88));
+    }
+}
 
 // The 4-by-4 kernel: for each result r with w the row r of the matrix,
 // t = p1 w1, then t = p0 w0 + t, p2 w2 + t, p3 w3 + t, each fused.
@@ -719,7 +743,10 @@ bool contiguous(int srcStep, int dstStep, RoiSize roi, int pixelBytes)
 // Whether a 32f image of `values` floats is written with streaming stores:
 // where the destination outgrows the cache, else above 34992 values. The C4
 // member measured alike (3.74 ms streamed against 2.69 ms for its scalar form
-// with ordinary stores, 33 MB written).
+// with ordinary stores, 33 MB written); for C3 at 1920x1080 (25 MB each way)
+// the two measured the same within the noise of a shared machine (best of
+// 40: 1.035 and 1.013 ms, 0.863 and 0.896 ms, 0.979 and 0.980 ms, ordinary
+// first), so ordinary stores stay below the cache size.
 bool streamFloats(long long values)
 {
     return streamingPays(values * (long long)sizeof(float), values > 34992);

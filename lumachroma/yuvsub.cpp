@@ -534,14 +534,12 @@ struct Square14 {
     static uint8_t v(int sumR, int sumT) { return satU8(((((sumR << 14) - sumT) >> 14) * 14369 >> 16) + 128); }
 };
 
-// Pair sums of 32 values in the unpack order of Wide, as 16 sums in order.
-// The sums are never negative and stay below 65536 (the sum of a square's
-// luma terms in the 14-bit block needs all 16 bits), so they pack unsigned.
-inline V pairSums(const Wide& w)
-{
-    const __m256i ones = _mm256_set1_epi16(1);
-    return _mm256_packus_epi32(_mm256_madd_epi16(w.lo, ones), _mm256_madd_epi16(w.hi, ones));
-}
+// Pair sums of 32 values in the unpack order of Wide, as 16 sums in order:
+// one horizontal add of neighbouring words. The sums are never negative and
+// stay below 65536 (the sum of a square's luma terms in the 14-bit block
+// needs all 16 bits), so the wrapping add gives them exactly as unsigned
+// words.
+inline V pairSums(const Wide& w) { return _mm256_hadd_epi16(w.lo, w.hi); }
 
 // Block of the 4:2:2 members with interleaved source, on doubled scale:
 // y2 = ((9798 R + 19235 G) >> 14) + ((3736 B) >> 14) (two truncations, not

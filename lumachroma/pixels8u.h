@@ -233,6 +233,30 @@ inline __m256i gatherThirds(__m256i a0, __m256i a1, __m256i a2)
     return _mm256_shuffle_epi8(v, bytesMask<M::kSort>());
 }
 
+// The same, sorted straight into 16-bit words (a zero high byte each):
+// pixels 0-7 of each lane in `lo`, 8-15 in `hi`, the unpack order of Wide.
+constexpr std::array<int8_t, 16> sortThirdsWordsMask(int ch, int half)
+{
+    std::array<int8_t, 16> m{};
+    for (int i = 0; i < 8; ++i) {
+        m[2 * i] = int8_t((3 * (8 * half + i) + ch) % 16);
+        m[2 * i + 1] = -128;
+    }
+    return m;
+}
+template <int Ch>
+struct ThirdsWordsMasks {
+    static constexpr auto kLo = sortThirdsWordsMask(Ch, 0), kHi = sortThirdsWordsMask(Ch, 1);
+};
+template <int Ch>
+inline Wide gatherThirdsWide(__m256i a0, __m256i a1, __m256i a2)
+{
+    using M = ThirdsMasks<Ch>;
+    const __m256i v = _mm256_blendv_epi8(_mm256_blendv_epi8(a0, a1, bytesMask<M::kShare1>()), a2, bytesMask<M::kShare2>());
+    return {_mm256_shuffle_epi8(v, bytesMask<ThirdsWordsMasks<Ch>::kLo>()),
+            _mm256_shuffle_epi8(v, bytesMask<ThirdsWordsMasks<Ch>::kHi>())};
+}
+
 // Chunk K of each lane from the three channels, each already spread.
 template <int K>
 inline __m256i chunkOfThirds(__m256i s0, __m256i s1, __m256i s2)
@@ -282,8 +306,10 @@ struct PackedIn {
     {
         const uint8_t* s = p + Ch * i;
         if constexpr (Ch == 3) {
-            const Bytes3 x = bytes32(i);
-            return {widen(x.a), widen(x.b), widen(x.c)};
+            const __m256i a0 = simd::load2x128(s, s + 48);
+            const __m256i a1 = simd::load2x128(s + 16, s + 64);
+            const __m256i a2 = simd::load2x128(s + 32, s + 80);
+            return {gatherThirdsWide<0>(a0, a1, a2), gatherThirdsWide<1>(a0, a1, a2), gatherThirdsWide<2>(a0, a1, a2)};
         } else {
             // Four pixels per 128-bit half, paired so that packing the 32-bit
             // words of a channel to 16 bits lands in the unpack order.

@@ -92,26 +92,6 @@ struct FormD {
     static V3 lanes(const V3& x) { return in32(x, words); }
 };
 
-// Block form of the member with an alpha plane, on doubled scale: luma
-// terms (4x * w) >> 16 with 9798, 19235, 3736, S = sum + 1, Y = S >> 1;
-// chroma from 2x - S scaled by 16121 and 28737.
-struct FormE {
-    static Px scalar(int r, int g, int b)
-    {
-        const int16_t s = addsS16(addsS16(addsS16(hiS(r << 2, 9798), hiS(b << 2, 3736)), hiS(g << 2, 19235)), 1);
-        const int16_t b2 = addsS16(b << 2, 1) >> 1, r2 = addsS16(r << 2, 1) >> 1;
-        return {satU8(s >> 1), satU8(addsS16(hiS(subsS16(b2, s), 16121), 128)),
-                satU8(addsS16(hiS(subsS16(r2, s), 28737), 128))};
-    }
-    static V3 lanes(const V3& x)
-    {
-        const V r4 = shl<2>(x.a), g4 = shl<2>(x.b), b4 = shl<2>(x.c);
-        const V s = addsS(addsS(addsS(hiS(r4, 9798), hiS(b4, 3736)), hiS(g4, 19235)), 1);
-        const V b2 = sra<1>(addsS(b4, 1)), r2 = sra<1>(addsS(r4, 1));
-        return {sra<1>(s), addsS(hiS(subsS(b2, s), 16121), 128), addsS(hiS(subsS(r2, s), 28737), 128)};
-    }
-};
-
 // Source alpha bytes to the fourth plane.
 void copyAlpha(const uint8_t* s, uint8_t* a, int width)
 {

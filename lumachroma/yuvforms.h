@@ -1,8 +1,8 @@
-// The inverse forms of RGB and YUV (weights 0.299, 0.587, 0.114; U scaled
-// by 0.492, V by 0.877, both stored with an offset of 128), shared by the
-// full-resolution and the subsampled conversions. Each form is a scalar
-// statement per pixel (`scalar`) and the same arithmetic on 16 pixels of
-// 16-bit lanes (`lanes`); see pixels8u.h.
+// Forms of RGB and YUV (weights 0.299, 0.587, 0.114; U scaled by 0.492, V
+// by 0.877, both stored with an offset of 128) shared by the full-resolution
+// and the subsampled conversions. Each form is a scalar statement per pixel
+// (`scalar`) and the same arithmetic on 16 pixels of 16-bit lanes (`lanes`);
+// see pixels8u.h.
 #pragma once
 
 #include "lumachroma/pixels8u.h"
@@ -10,6 +10,39 @@
 namespace h9::yuvforms {
 
 using namespace px8;
+
+// Forward block form on doubled scale, in 16-bit lanes with signed high
+// halves. Each channel enters times four: luma terms (4x * w) >> 16 with
+// 9798 (R), 3736 (B), 19235 (G), S = their sum + 1, Y = S >> 1; a chroma
+// value from a channel times four, x4, and S: ((x4 + 1) >> 1) - S, the
+// channel less luma on the doubled scale, times 16121 (U) or 28737 (V) on
+// the high half, + 128. The steps are public so that a caller with
+// several pixels per chroma sample can feed chroma the sum of four
+// channel values (four times their mean, the x4 of one pixel) and a mean S.
+struct FormE {
+    static constexpr int kR = 9798, kG = 19235, kB = 3736, kU = 16121, kV = 28737;
+
+    static int16_t sum(int r4, int g4, int b4)
+    {
+        return addsS16(addsS16(addsS16(hiS(r4, kR), hiS(b4, kB)), hiS(g4, kG)), 1);
+    }
+    static uint8_t y(int s) { return satU8(s >> 1); }
+    static uint8_t chroma(int x4, int s, int w) { return satU8(addsS16(hiS(subsS16(addsS16(x4, 1) >> 1, s), w), 128)); }
+    static Px scalar(int r, int g, int b)
+    {
+        const int16_t s = sum(r << 2, g << 2, b << 2);
+        return {y(s), chroma(b << 2, s, kU), chroma(r << 2, s, kV)};
+    }
+
+    // The lanes leave the final saturation to the byte pack.
+    static V chroma(V x4, V s, int w) { return addsS(hiS(subsS(sra<1>(addsS(x4, 1)), s), w), 128); }
+    static V3 lanes(const V3& x)
+    {
+        const V r4 = shl<2>(x.a), g4 = shl<2>(x.b), b4 = shl<2>(x.c);
+        const V s = addsS(addsS(addsS(hiS(r4, kR), hiS(b4, kB)), hiS(g4, kG)), 1);
+        return {sra<1>(s), chroma(b4, s, kU), chroma(r4, s, kV)};
+    }
+};
 
 // u = U - 128, v = V - 128.
 

@@ -479,7 +479,7 @@ ORV_FRONT(orviYUV420ToBGR_8u_P3C3R)(const Orv8u* const pSrc[3], const int srcSte
     return rows420<FormDoubledP, FormNoRound>(YuvPlaneRows{pSrc, srcStep}, OutRows<Bgr>{pDst, dstStep}, roiSize);
 }
 
-// ---- RGB to YUV 4:2:0, the scalar form --------------------------------------
+// ---- RGB to YUV 4:2:2 and 4:2:0: the forward forms ---------------------------
 namespace h9 {
 namespace {
 
@@ -534,14 +534,12 @@ struct Square14 {
     static uint8_t v(int sumR, int sumT) { return satU8(((((sumR << 14) - sumT) >> 14) * 14369 >> 16) + 128); }
 };
 
-// Pair sums of 32 values in the unpack order of Wide, as 16 sums in order.
-// The sums are never negative and stay below 65536 (the sum of a square's
-// luma terms in the 14-bit block needs all 16 bits), so they pack unsigned.
-inline V pairSums(const Wide& w)
-{
-    const __m256i ones = _mm256_set1_epi16(1);
-    return _mm256_packus_epi32(_mm256_madd_epi16(w.lo, ones), _mm256_madd_epi16(w.hi, ones));
-}
+// Pair sums of 32 values in the unpack order of Wide, as 16 sums in order:
+// one horizontal add of neighbouring words. The sums are never negative and
+// stay below 65536 (the sum of a square's luma terms in the 14-bit block
+// needs all 16 bits), so the wrapping add gives them exactly as unsigned
+// words.
+inline V pairSums(const Wide& w) { return _mm256_hadd_epi16(w.lo, w.hi); }
 
 // Block of the 4:2:2 members with interleaved source, on doubled scale:
 // y2 = ((9798 R + 19235 G) >> 14) + ((3736 B) >> 14) (two truncations, not
@@ -758,6 +756,7 @@ inline bool aligned16(const void* src, int srcStep, uint8_t* const* dst, const i
 // pixel's s = 19595 R + 38470 G + 7471 B and the word pair B | R << 16
 // (terms16).
 struct RgbPlanesRows {
+    static constexpr bool kBlocks = false;
     const uint8_t* const* planes;
     int step;
     Px at(int y, int i) const
@@ -783,8 +782,10 @@ struct RgbPlanesRows {
 // multiply-adds give 7471 B + 19595 R and 19235 G + 0 A, and 38470 G is
 // twice the latter.
 struct BgraRows {
+    static constexpr bool kBlocks = true;
     const uint8_t* base;
     int step;
+    const uint8_t* row(int y) const { return rowAt(base, step, y); }
     Px at(int y, int i) const
     {
         const uint8_t* p = rowAt(base, step, y) + 4 * i;
@@ -849,34 +850,133 @@ void squares8(const Src& src, int j, int k, uint8_t* y0, uint8_t* y1, uint8_t* u
     _mm_storel_epi64(reinterpret_cast<__m128i*>(v + k), _mm_srli_si128(uv, 8));
 }
 
-// Every square of the image (width >> 1 by height >> 1) by the scalar form,
-// eight squares at a time by its vector path, which gives the same bytes.
+// Block form of the BGR member with four-byte pixels: form E of the
+// full-resolution family over 2 by 2 squares. Each pixel's S and Y are form
+// E's. A square's U and V are form E's chroma from the sum of its four B (or
+// R), which is four times their mean and so stands where form E has one
+// pixel's channel times four, and from the mean of its four S rounded half
+// up, (sum + 2) >> 2. Sums and means stay far inside 16 bits.
+inline int meanOfFour(int sum) { return (sum + 2) >> 2; }
+
+// Pixels B, G, R, A as 32-bit words are the 16-bit words B | G << 8 and
+// R | A << 8. Form E's luma terms are exact high halves of the bytes with
+// the factor four moved into the weight where it fits: (4B * 3736) >> 16
+// is B times 14944, (4R * 9798) >> 16 R times 39192, and (4G * 19235) >> 16
+// is 2G times 38470. One unsigned high-half multiply on the words B and R,
+// one on the words 2G and 0, and a multiply-add of the word pairs give the
+// three-term sum a + b + c of each pixel as a 32-bit word.
+inline __m256i bgraLumaTerms(__m256i px, __m256i& br)
+{
+    br = _mm256_and_si256(px, _mm256_set1_epi32(0x00FF00FF));
+    const __m256i g2 = _mm256_maddubs_epi16(px, _mm256_set1_epi32(0x0200));  // 0 B + 2 G, 0 R + 0 A
+    return _mm256_add_epi16(_mm256_mulhi_epu16(br, _mm256_set1_epi32((4 * FormE::kR) << 16 | 4 * FormE::kB)),
+                            _mm256_mulhi_epu16(g2, _mm256_set1_epi32(2 * FormE::kG)));
+}
+
+// Squares of rows r0 and r1 by the block form, 16 (32 pixels) a step. A row's
+// sums a + b + c pack to words in the order 0-3 8-11 | 4-7 12-15 (and 16-31
+// likewise); Y = S >> 1 = (a + b + c + 1) >> 1 is a rounding average with 0,
+// and one permutation puts the packed bytes back in pixel order. The rows'
+// words add, and a multiply-add by ones sums each square; the words B and
+// R of the rows add, and a horizontal add of 32-bit words sums each square
+// (B and R at most 1020, so no carry crosses). Both leave the squares in
+// the order 0 1 4 5 8 9 12 13 | 2 3 6 7 10 11 14 15 for one more
+// permutation at the end. With S = a + b + c + 1 per pixel, the mean of
+// four S is (sum of a + b + c + 6) >> 2.
+// `n` squares from the row starts, n a multiple of 16.
+[[gnu::flatten]] inline void bgraBlocks(const uint8_t* r0, const uint8_t* r1, uint8_t* y0, uint8_t* y1, uint8_t* u,
+                                        uint8_t* v, int n)
+{
+    const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
+    const __m256i ones = _mm256_set1_epi16(1), zero = _mm256_setzero_si256();
+    // Each square's B | R << 16 to words B B B B R R R R per lane.
+    const __m256i split = _mm256_setr_epi8(0, 1, 4, 5, 8, 9, 12, 13, 2, 3, 6, 7, 10, 11, 14, 15, 0, 1, 4, 5, 8, 9, 12,
+                                           13, 2, 3, 6, 7, 10, 11, 14, 15);
+    for (int k = 0; k < n; k += 16) {
+        const uint8_t* p0 = r0 + 8 * k;
+        const uint8_t* p1 = r1 + 8 * k;
+        __m256i sums[2][2], columns[4];
+        for (int r = 0; r < 2; ++r) {
+            __m256i t[4];
+            for (int q = 0; q < 4; ++q) {
+                __m256i br;
+                t[q] = bgraLumaTerms(_mm256_loadu_si256(reinterpret_cast<const __m256i*>((r ? p1 : p0) + 32 * q)), br);
+                columns[q] = r ? _mm256_add_epi16(columns[q], br) : br;
+            }
+            sums[r][0] = _mm256_hadd_epi16(t[0], t[1]);
+            sums[r][1] = _mm256_hadd_epi16(t[2], t[3]);
+            const __m256i yb =
+                _mm256_packus_epi16(_mm256_avg_epu16(sums[r][0], zero), _mm256_avg_epu16(sums[r][1], zero));
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>((r ? y1 : y0) + 2 * k),
+                                _mm256_permutevar8x32_epi32(yb, order));
+        }
+        auto squares = [&](int h) { return _mm256_madd_epi16(_mm256_add_epi16(sums[0][h], sums[1][h]), ones); };
+        const __m256i meanS = srl<2>(add(_mm256_packs_epi32(squares(0), squares(1)), 6));
+        const __m256i h0 = _mm256_shuffle_epi8(_mm256_hadd_epi32(columns[0], columns[1]), split);
+        const __m256i h1 = _mm256_shuffle_epi8(_mm256_hadd_epi32(columns[2], columns[3]), split);
+        const __m256i cu = FormE::chroma(_mm256_unpacklo_epi64(h0, h1), meanS, FormE::kU);
+        const __m256i cv = FormE::chroma(_mm256_unpackhi_epi64(h0, h1), meanS, FormE::kV);
+        const __m256i c = _mm256_packus_epi16(_mm256_permutevar8x32_epi32(cu, order),
+                                              _mm256_permutevar8x32_epi32(cv, order));  // U 0-7 V 0-7 | U 8-15 V 8-15
+        const __m256i uv = _mm256_permute4x64_epi64(c, 0xD8);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(u + k), _mm256_castsi256_si128(uv));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(v + k), _mm256_extracti128_si256(uv, 1));
+    }
+}
+
+// One square by the scalar statements of the block form (form E) or of the
+// 16-bit square form.
+template <class Src>
+void scalarSquare(const Src& src, int j, int k, bool block, uint8_t* y0, uint8_t* y1, uint8_t* u, uint8_t* v)
+{
+    int sumS = 0, sumB = 0, sumR = 0;
+    for (int dy = 0; dy < 2; ++dy)
+        for (int dx = 0; dx < 2; ++dx) {
+            const Px p = src.at(2 * j + dy, 2 * k + dx);
+            const int s = block ? FormE::sum(p[0] << 2, p[1] << 2, p[2] << 2) : Square16::t(p[0], p[1], p[2]);
+            (dy ? y1 : y0)[2 * k + dx] = block ? FormE::y(s) : Square16::y(s);
+            sumS += s;
+            sumB += p[2];
+            sumR += p[0];
+        }
+    if (block) {
+        u[k] = FormE::chroma(sumB, meanOfFour(sumS), FormE::kU);
+        v[k] = FormE::chroma(sumR, meanOfFour(sumS), FormE::kV);
+    } else {
+        u[k] = Square16::u(sumB, sumS);
+        v[k] = Square16::v(sumR, sumS);
+    }
+}
+
+// Every square of the image (width >> 1 by height >> 1). Sources with a
+// block part take the block form over the squares of whole steps of 32
+// columns from the row start, 16 squares a step; the squares after them
+// (at most 15), and every square of the other sources, take the 16-bit
+// square form, eight squares at a time by its vector path, which gives the
+// same bytes.
 template <class Src>
 OrvStatus squares420(const Src& src, uint8_t* const dst[3], const int dstStep[3], RoiSize roi)
 {
+    const int squares = roi.width >> 1, blockEnd = Src::kBlocks ? (roi.width & ~31) >> 1 : 0;
     for (int j = 0; j < roi.height >> 1; ++j) {
         uint8_t* y0 = rowAt(dst[0], dstStep[0], 2 * j);
         uint8_t* y1 = rowAt(dst[0], dstStep[0], 2 * j + 1);
         uint8_t* u = rowAt(dst[1], dstStep[1], j);
         uint8_t* v = rowAt(dst[2], dstStep[2], j);
         int k = 0;
-        if (!g_scalarBlocks)
-            for (; k + 8 <= roi.width >> 1; k += 8)
+        if (g_scalarBlocks) {
+            for (; k < blockEnd; ++k)
+                scalarSquare(src, j, k, true, y0, y1, u, v);
+        } else {
+            if constexpr (Src::kBlocks) {
+                bgraBlocks(src.row(2 * j), src.row(2 * j + 1), y0, y1, u, v, blockEnd);
+                k = blockEnd;
+            }
+            for (; k + 8 <= squares; k += 8)
                 squares8(src, j, k, y0, y1, u, v);
-        for (; k < roi.width >> 1; ++k) {
-            int sumS = 0, sumB = 0, sumR = 0;
-            for (int dy = 0; dy < 2; ++dy)
-                for (int dx = 0; dx < 2; ++dx) {
-                    const Px p = src.at(2 * j + dy, 2 * k + dx);
-                    const int s = Square16::t(p[0], p[1], p[2]);
-                    (dy ? y1 : y0)[2 * k + dx] = uint8_t(s >> 16);
-                    sumS += s;
-                    sumB += p[2];
-                    sumR += p[0];
-                }
-            u[k] = Square16::u(sumB, sumS);
-            v[k] = Square16::v(sumR, sumS);
         }
+        for (; k < squares; ++k)
+            scalarSquare(src, j, k, false, y0, y1, u, v);
     }
     return ((roi.width | roi.height) & 1) ? orvStatusOddSize : orvStatusOk;
 }
@@ -911,8 +1011,8 @@ ORV_FRONT(orviRGBToYUV420_8u_P3)(const Orv8u* const pSrc[3], Orv8u* pDst[3], Roi
     return squares420(RgbPlanesRows{pSrc, roiSize.width}, pDst, steps, roiSize);
 }
 
-// Blue, green, red and a fourth byte that is not read; the scalar form with
-// the pixels' channels in that order.
+// Blue, green, red and a fourth byte that is not read: form E over the
+// squares of whole steps of 32 columns, the 16-bit square form after them.
 ORV_FRONT(orviBGRToYUV420_8u_AC4P3R)(const Orv8u* pSrc, int srcStep, Orv8u* pDst[3], int dstStep[3], RoiSize roiSize)
 {
     if (OrvStatus st = checkToYuv(pSrc, pDst, roiSize, nullptr, pDst))

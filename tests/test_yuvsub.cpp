@@ -547,8 +547,9 @@ TEST(YuvSub, RgbTo422BlockTailAndLonePixelForms)
 
 // One square of four colours repeated over 35 by 3 pixels: squares 0-15 by
 // the block form, square 16 by the tail, the last column and row untouched.
-// The planar member and BGRA take the 16-bit square form everywhere; pure
-// red gives V 285, clamped, in every form.
+// The planar member takes the 16-bit square form everywhere, BGRA its
+// doubled-scale block (one less in the first Y) and that form in the tail;
+// pure red takes V above 255, clamped, in every form.
 TEST(YuvSub, RgbTo420BlockAndTailForms)
 {
     static const uint8_t kRed[3] = {255, 0, 0};
@@ -561,7 +562,7 @@ TEST(YuvSub, RgbTo420BlockAndTailForms)
     const Case cases[] = {
         {"RGBToYUV420_8u_C3P3R", {165, 52, 119, 119, 140, 128}, {166, 52, 119, 118, 139, 127}},
         {"RGBToYUV420_8u_P3R", {166, 52, 119, 118, 140, 128}, {166, 52, 119, 118, 140, 128}},
-        {"BGRToYUV420_8u_AC4P3R", {166, 52, 119, 118, 140, 128}, {166, 52, 119, 118, 140, 128}},
+        {"BGRToYUV420_8u_AC4P3R", {165, 52, 119, 118, 140, 128}, {166, 52, 119, 118, 140, 128}},
     };
     for (bool red : {false, true})
         for (const Case& c : cases) {

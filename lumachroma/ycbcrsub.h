@@ -396,21 +396,34 @@ inline V3 pairLanes(__m256i w)
     return {_mm256_mulhrs_epi16(r, m), _mm256_mulhrs_epi16(gg, m), _mm256_mulhrs_epi16(b, m)};
 }
 
-// Whole vectors of 32 pixels of one packed row by pairLanes, up to `end`.
+// 32 pixels of one packed row from pixel i by pairLanes.
+template <class B, Order422 O, class Out>
+[[gnu::always_inline]] inline void pairBlock(const PackedPairsIn<O>& in, const Out& out, int i)
+{
+    constexpr bool kQuads = kStoresQuads<Out>;
+    __m256i w0, w1;
+    in.template load64<kQuads>(i, w0, w1);
+    const V3 x = pairLanes<B, O>(w0), y = pairLanes<B, O>(w1);
+    const __m256i c0 = packBytes({x.a, y.a}), c1 = packBytes({x.b, y.b}), c2 = packBytes({x.c, y.c});
+    if constexpr (kQuads)
+        storeQuads(out, i, c0, c1, c2);
+    else
+        out.store32(i, c0, c1, c2);
+}
+
+// Whole vectors of 32 pixels of one packed row, up to `end`; two a step,
+// which gives the scheduler two independent chains of multiplies.
 template <class B, Order422 O, class Out>
 [[gnu::flatten]] inline int pairBlocks(const PackedPairsIn<O>& in, const Out& out, int end)
 {
-    constexpr bool kQuads = kStoresQuads<Out>;
     int i = 0;
-    for (; i + 32 <= end; i += 32) {
-        __m256i w0, w1;
-        in.template load64<kQuads>(i, w0, w1);
-        const V3 x = pairLanes<B, O>(w0), y = pairLanes<B, O>(w1);
-        const __m256i c0 = packBytes({x.a, y.a}), c1 = packBytes({x.b, y.b}), c2 = packBytes({x.c, y.c});
-        if constexpr (kQuads)
-            storeQuads(out, i, c0, c1, c2);
-        else
-            out.store32(i, c0, c1, c2);
+    for (; i + 64 <= end; i += 64) {
+        pairBlock<B>(in, out, i);
+        pairBlock<B>(in, out, i + 32);
+    }
+    if (i + 32 <= end) {
+        pairBlock<B>(in, out, i);
+        i += 32;
     }
     return i;
 }

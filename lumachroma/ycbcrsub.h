@@ -102,19 +102,6 @@ constexpr std::array<int8_t, 16> repeatEveryOtherMask(int first)
     return m;
 }
 
-// pshufb mask that takes the four Cb of a 16-byte chunk to 16-bit lanes
-// 0-3 and the four Cr to lanes 4-7, zero-extended.
-constexpr std::array<int8_t, 16> splitChromaMask(Order422 o)
-{
-    std::array<int8_t, 16> m{};
-    for (int j = 0; j < 4; ++j) {
-        m[2 * j] = int8_t(4 * j + o.cb);
-        m[8 + 2 * j] = int8_t(4 * j + o.cr);
-        m[2 * j + 1] = m[8 + 2 * j + 1] = int8_t(-128);
-    }
-    return m;
-}
-
 template <Order422 O>
 struct PackedPairsIn {
     const uint8_t* p;
@@ -156,32 +143,6 @@ struct PackedPairsIn {
             w0 = simd::load2x128(s, s + 32);
             w1 = simd::load2x128(s + 16, s + 48);
         }
-    }
-
-    // Luma of those pixels in 16-bit lanes.
-    template <bool Quads = false>
-    Wide luma32(int i) const
-    {
-        __m256i w0, w1;
-        load64<Quads>(i, w0, w1);
-        if constexpr (O.y0 == 0)
-            return {_mm256_and_si256(w0, k16(0xFF)), _mm256_and_si256(w1, k16(0xFF))};
-        else
-            return {_mm256_srli_epi16(w0, 8), _mm256_srli_epi16(w1, 8)};
-    }
-
-    // Their 16 chroma samples, ordered so that each sample repeated twice
-    // (unpacklo / unpackhi with itself) lines up with lo and hi of the luma.
-    template <bool Quads = false>
-    void chroma16(int i, V& cb, V& cr) const
-    {
-        static constexpr auto kSplit = splitChromaMask(O);
-        __m256i w0, w1;
-        load64<Quads>(i, w0, w1);
-        // The Cb and Cr of each lane's four pairs, four 16-bit samples each.
-        const __m256i s0 = _mm256_shuffle_epi8(w0, mask256(kSplit)), s1 = _mm256_shuffle_epi8(w1, mask256(kSplit));
-        cb = _mm256_unpacklo_epi64(s0, s1);
-        cr = _mm256_unpackhi_epi64(s0, s1);
     }
 };
 
@@ -439,29 +400,17 @@ template <class B, std::size_t K, class In, class Out>
     if constexpr (K == 1 && kPairLanes<B> && requires { pairBlocks<B>(in[0], out[0], end); })
         return pairBlocks<B>(in[0], out[0], end);
     int i = 0;
-    constexpr bool kQuads = kStoresQuads<Out> && requires(const In& x, V v) { x.template chroma16<true>(0, v, v); };
     for (; i + 32 <= end; i += 32) {
         V cb, cr;
-        if constexpr (kQuads)
-            in[0].template chroma16<true>(i, cb, cr);
-        else
-            in[0].chroma16(i, cb, cr);
+        in[0].chroma16(i, cb, cr);
         const V3 t = B::chromaTerms(cb, cr);
         // Each term twice, in the pixel order of Wide.
         const V3 lo = {_mm256_unpacklo_epi16(t.a, t.a), _mm256_unpacklo_epi16(t.b, t.b), _mm256_unpacklo_epi16(t.c, t.c)};
         const V3 hi = {_mm256_unpackhi_epi16(t.a, t.a), _mm256_unpackhi_epi16(t.b, t.b), _mm256_unpackhi_epi16(t.c, t.c)};
         for (std::size_t k = 0; k < K; ++k) {
-            Wide y;
-            if constexpr (kQuads)
-                y = in[k].template luma32<true>(i);
-            else
-                y = in[k].luma32(i);
+            const Wide y = in[k].luma32(i);
             const V3 l = joinTerms<B>(B::lumaTerm(y.lo), lo), h = joinTerms<B>(B::lumaTerm(y.hi), hi);
-            const __m256i c0 = packBytes({l.a, h.a}), c1 = packBytes({l.b, h.b}), c2 = packBytes({l.c, h.c});
-            if constexpr (kQuads)
-                storeQuads(out[k], i, c0, c1, c2);
-            else
-                out[k].store32(i, c0, c1, c2);
+            out[k].store32(i, packBytes({l.a, h.a}), packBytes({l.b, h.b}), packBytes({l.c, h.c}));
         }
     }
     return i;

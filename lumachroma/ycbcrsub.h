@@ -389,6 +389,9 @@ template <class B, Order422 O, class Out>
     return i;
 }
 
+template <class B, class In, class Out>
+constexpr bool kPairBlocks = kPairLanes<B> && requires(const In& in, const Out& out) { pairBlocks<B>(in, out, 0); };
+
 // Whole vectors of 32 pixels of K rows that share their chroma (4:2:0 pairs
 // of rows, or one row), by the split form B, up to `end`; returns where the
 // vectors stopped (0 when the scalar forms are asked for).
@@ -397,23 +400,25 @@ template <class B, std::size_t K, class In, class Out>
 {
     if (g_scalarBlocks)
         return 0;
-    if constexpr (K == 1 && kPairLanes<B> && requires { pairBlocks<B>(in[0], out[0], end); })
+    if constexpr (K == 1 && kPairBlocks<B, In, Out>) {
         return pairBlocks<B>(in[0], out[0], end);
-    int i = 0;
-    for (; i + 32 <= end; i += 32) {
-        V cb, cr;
-        in[0].chroma16(i, cb, cr);
-        const V3 t = B::chromaTerms(cb, cr);
-        // Each term twice, in the pixel order of Wide.
-        const V3 lo = {_mm256_unpacklo_epi16(t.a, t.a), _mm256_unpacklo_epi16(t.b, t.b), _mm256_unpacklo_epi16(t.c, t.c)};
-        const V3 hi = {_mm256_unpackhi_epi16(t.a, t.a), _mm256_unpackhi_epi16(t.b, t.b), _mm256_unpackhi_epi16(t.c, t.c)};
-        for (std::size_t k = 0; k < K; ++k) {
-            const Wide y = in[k].luma32(i);
-            const V3 l = joinTerms<B>(B::lumaTerm(y.lo), lo), h = joinTerms<B>(B::lumaTerm(y.hi), hi);
-            out[k].store32(i, packBytes({l.a, h.a}), packBytes({l.b, h.b}), packBytes({l.c, h.c}));
+    } else {
+        int i = 0;
+        for (; i + 32 <= end; i += 32) {
+            V cb, cr;
+            in[0].chroma16(i, cb, cr);
+            const V3 t = B::chromaTerms(cb, cr);
+            // Each term twice, in the pixel order of Wide.
+            const V3 lo = {_mm256_unpacklo_epi16(t.a, t.a), _mm256_unpacklo_epi16(t.b, t.b), _mm256_unpacklo_epi16(t.c, t.c)};
+            const V3 hi = {_mm256_unpackhi_epi16(t.a, t.a), _mm256_unpackhi_epi16(t.b, t.b), _mm256_unpackhi_epi16(t.c, t.c)};
+            for (std::size_t k = 0; k < K; ++k) {
+                const Wide y = in[k].luma32(i);
+                const V3 l = joinTerms<B>(B::lumaTerm(y.lo), lo), h = joinTerms<B>(B::lumaTerm(y.hi), hi);
+                out[k].store32(i, packBytes({l.a, h.a}), packBytes({l.b, h.b}), packBytes({l.c, h.c}));
+            }
         }
+        return i;
     }
-    return i;
 }
 
 // K rows sharing their chroma by the kernel Kr: the block form over
@@ -425,7 +430,7 @@ inline void convertSubRows(const std::array<In, K>& in, const std::array<Out, K>
     using B = typename Kr::Block;
     const int end = Kr::spanEnd(width);
     int i = 0;
-    if constexpr (kSplits<B, In>)
+    if constexpr (kSplits<B, In> || kPairBlocks<B, In, Out>)
         i = splitBlocks<B>(in, out, end);
     for (std::size_t k = 0; k < K; ++k) {
         blockSpan<B>(in[k], out[k], i, end);

@@ -102,19 +102,6 @@ constexpr std::array<int8_t, 16> repeatEveryOtherMask(int first)
     return m;
 }
 
-// pshufb mask that takes the four Cb of a 16-byte chunk to 16-bit lanes
-// 0-3 and the four Cr to lanes 4-7, zero-extended.
-constexpr std::array<int8_t, 16> splitChromaMask(Order422 o)
-{
-    std::array<int8_t, 16> m{};
-    for (int j = 0; j < 4; ++j) {
-        m[2 * j] = int8_t(4 * j + o.cb);
-        m[8 + 2 * j] = int8_t(4 * j + o.cr);
-        m[2 * j + 1] = m[8 + 2 * j + 1] = int8_t(-128);
-    }
-    return m;
-}
-
 template <Order422 O>
 struct PackedPairsIn {
     const uint8_t* p;
@@ -156,32 +143,6 @@ struct PackedPairsIn {
             w0 = simd::load2x128(s, s + 32);
             w1 = simd::load2x128(s + 16, s + 48);
         }
-    }
-
-    // Luma of those pixels in 16-bit lanes.
-    template <bool Quads = false>
-    Wide luma32(int i) const
-    {
-        __m256i w0, w1;
-        load64<Quads>(i, w0, w1);
-        if constexpr (O.y0 == 0)
-            return {_mm256_and_si256(w0, k16(0xFF)), _mm256_and_si256(w1, k16(0xFF))};
-        else
-            return {_mm256_srli_epi16(w0, 8), _mm256_srli_epi16(w1, 8)};
-    }
-
-    // Their 16 chroma samples, ordered so that each sample repeated twice
-    // (unpacklo / unpackhi with itself) lines up with lo and hi of the luma.
-    template <bool Quads = false>
-    void chroma16(int i, V& cb, V& cr) const
-    {
-        static constexpr auto kSplit = splitChromaMask(O);
-        __m256i w0, w1;
-        load64<Quads>(i, w0, w1);
-        // The Cb and Cr of each lane's four pairs, four 16-bit samples each.
-        const __m256i s0 = _mm256_shuffle_epi8(w0, mask256(kSplit)), s1 = _mm256_shuffle_epi8(w1, mask256(kSplit));
-        cb = _mm256_unpacklo_epi64(s0, s1);
-        cr = _mm256_unpackhi_epi64(s0, s1);
     }
 };
 
@@ -281,11 +242,19 @@ struct SemiPlanarIn {
 // and neither their order nor the place of the rounding term matters; the
 // other forms wrap, which is order-free too.
 
+// The weights of a split form whose green terms are subtracted, for the
+// engine on packed pairs below: luma on 128 Y' (or 16 Y where wy is 0),
+// chroma on 128 Cb' and 128 Cr', and the rounding term of the luma term.
+struct SplitWeights {
+    int wy, wrv, wgu, wgv, wbu, rnd;
+};
+
 // Studio-range luma at 12 fraction bits, rounding Rnd, 3 guard bits.
 template <int Rnd>
 struct SplitIB : FormIBr<Rnd> {
     static constexpr int kShift = 3;
     static constexpr bool kAddG = false;
+    static constexpr SplitWeights kWeights = {4769, 6537, 1605, 3330, 8263, Rnd};
     static V lumaTerm(V y) { return add(hiS(shl<7>(sub(y, 16)), 4769), Rnd); }
     static V3 chromaTerms(V cb, V cr)
     {
@@ -298,6 +267,7 @@ struct SplitIB : FormIBr<Rnd> {
 struct SplitIC : FormIC {
     static constexpr int kShift = 4;
     static constexpr bool kAddG = false;
+    static constexpr SplitWeights kWeights = {9535, 13074, 3211, 6660, 16523, 8};
     static V lumaTerm(V y) { return add(hiS(shl<7>(sub(y, 16)), 9535), 8); }
     static V3 chromaTerms(V cb, V cr)
     {
@@ -320,6 +290,108 @@ constexpr bool kSplits = requires(const In& in, V v) {
     in.chroma16(0, v, v);
 };
 
+// Packed pairs in place. Read as 16-bit lanes, a pair is two lanes, each
+// one pixel's luma byte beside one chroma byte (Cb in one lane, Cr in the
+// other), so luma and chroma need no sorting: a byte multiply-add with 128
+// on one byte and 0 on the other, after the bytes are flipped to v - 128,
+// gives 128 (v - 128) of either byte in every lane (at most 16384 in size,
+// no saturation). One product per lane gives the Cb term in the Cb lane and
+// the Cr term in the Cr lane (red and blue; green's two parts likewise), and
+// a byte shuffle repeats a lane over the pair or swaps the two. Where the
+// rounding term is half the last step, (x + rnd) >> S is one rounding
+// multiply-high by 2^(15 - S): (x 2^(15 - S) + 2^14) >> 15. The sums are the
+// forms' own, exact in 16 bits (see above), so the bytes are the same.
+template <class B>
+constexpr bool halfRounding()
+{
+    if constexpr (requires { B::kWeights; })
+        return B::kWeights.rnd == (1 << (B::kShift - 1)) && !B::kAddG;
+    else
+        return false;
+}
+template <class B>
+constexpr bool kPairLanes = halfRounding<B>();
+
+// pshufb mask that repeats lane `lane` (0 or 1) of each pair of 16-bit lanes
+// over the pair, or (lane -1) swaps the two.
+constexpr std::array<int8_t, 16> pairLaneMask(int lane)
+{
+    std::array<int8_t, 16> m{};
+    for (int j = 0; j < 16; ++j) {
+        const int from = lane < 0 ? ((j >> 1) & 1) ^ 1 : lane;
+        m[j] = int8_t(4 * (j / 4) + 2 * from + (j & 1));
+    }
+    return m;
+}
+
+// The two 16-bit weights of a pair, the Cb lane's and the Cr lane's.
+template <Order422 O>
+inline __m256i pairWeights(int wcb, int wcr)
+{
+    const int lo = (O.cb & 2) ? wcr : wcb, hi = (O.cb & 2) ? wcb : wcr;
+    return _mm256_set1_epi32(int32_t(uint32_t(uint16_t(lo)) | (uint32_t(uint16_t(hi)) << 16)));
+}
+
+// R, G, B of the 16 pixels of w (whole pairs) by the split form B, in the
+// lane order of w.
+template <class B, Order422 O>
+inline V3 pairLanes(__m256i w)
+{
+    constexpr SplitWeights k = B::kWeights;
+    static constexpr auto kRepeatCb = pairLaneMask(O.cb >> 1), kRepeatCr = pairLaneMask(O.cr >> 1);
+    static constexpr auto kSwap = pairLaneMask(-1);
+    const int16_t lumaByte = O.y0 == 0 ? 0x0080 : int16_t(0x8000), chromaByte = O.y0 == 0 ? int16_t(0x8000) : 0x0080;
+    const __m256i x = _mm256_xor_si256(w, _mm256_set1_epi8(char(0x80)));
+    const V c = _mm256_maddubs_epi16(k16(chromaByte), x);
+    V a;
+    if constexpr (k.wy == 0)
+        a = add(_mm256_maddubs_epi16(k16(O.y0 == 0 ? 0x0010 : 0x1000), x), 2048);  // 16 Y
+    else
+        a = hiS(add(_mm256_maddubs_epi16(k16(lumaByte), x), 14336), k.wy);  // 128 (Y - 16)
+    const V rb = _mm256_mulhi_epi16(c, pairWeights<O>(k.wbu, k.wrv));
+    const V g = _mm256_mulhi_epi16(c, pairWeights<O>(k.wgu, k.wgv));
+    const V r = _mm256_add_epi16(a, _mm256_shuffle_epi8(rb, mask256(kRepeatCr)));
+    const V gg = _mm256_sub_epi16(_mm256_sub_epi16(a, g), _mm256_shuffle_epi8(g, mask256(kSwap)));
+    const V b = _mm256_add_epi16(a, _mm256_shuffle_epi8(rb, mask256(kRepeatCb)));
+    const V m = k16(1 << (15 - B::kShift));
+    return {_mm256_mulhrs_epi16(r, m), _mm256_mulhrs_epi16(gg, m), _mm256_mulhrs_epi16(b, m)};
+}
+
+// 32 pixels of one packed row from pixel i by pairLanes.
+template <class B, Order422 O, class Out>
+[[gnu::always_inline]] inline void pairBlock(const PackedPairsIn<O>& in, const Out& out, int i)
+{
+    constexpr bool kQuads = kStoresQuads<Out>;
+    __m256i w0, w1;
+    in.template load64<kQuads>(i, w0, w1);
+    const V3 x = pairLanes<B, O>(w0), y = pairLanes<B, O>(w1);
+    const __m256i c0 = packBytes({x.a, y.a}), c1 = packBytes({x.b, y.b}), c2 = packBytes({x.c, y.c});
+    if constexpr (kQuads)
+        storeQuads(out, i, c0, c1, c2);
+    else
+        out.store32(i, c0, c1, c2);
+}
+
+// Whole vectors of 32 pixels of one packed row, up to `end`; two a step,
+// which gives the scheduler two independent chains of multiplies.
+template <class B, Order422 O, class Out>
+[[gnu::flatten]] inline int pairBlocks(const PackedPairsIn<O>& in, const Out& out, int end)
+{
+    int i = 0;
+    for (; i + 64 <= end; i += 64) {
+        pairBlock<B>(in, out, i);
+        pairBlock<B>(in, out, i + 32);
+    }
+    if (i + 32 <= end) {
+        pairBlock<B>(in, out, i);
+        i += 32;
+    }
+    return i;
+}
+
+template <class B, class In, class Out>
+constexpr bool kPairBlocks = kPairLanes<B> && requires(const In& in, const Out& out) { pairBlocks<B>(in, out, 0); };
+
 // Whole vectors of 32 pixels of K rows that share their chroma (4:2:0 pairs
 // of rows, or one row), by the split form B, up to `end`; returns where the
 // vectors stopped (0 when the scalar forms are asked for).
@@ -328,33 +400,25 @@ template <class B, std::size_t K, class In, class Out>
 {
     if (g_scalarBlocks)
         return 0;
-    int i = 0;
-    constexpr bool kQuads = kStoresQuads<Out> && requires(const In& x, V v) { x.template chroma16<true>(0, v, v); };
-    for (; i + 32 <= end; i += 32) {
-        V cb, cr;
-        if constexpr (kQuads)
-            in[0].template chroma16<true>(i, cb, cr);
-        else
+    if constexpr (K == 1 && kPairBlocks<B, In, Out>) {
+        return pairBlocks<B>(in[0], out[0], end);
+    } else {
+        int i = 0;
+        for (; i + 32 <= end; i += 32) {
+            V cb, cr;
             in[0].chroma16(i, cb, cr);
-        const V3 t = B::chromaTerms(cb, cr);
-        // Each term twice, in the pixel order of Wide.
-        const V3 lo = {_mm256_unpacklo_epi16(t.a, t.a), _mm256_unpacklo_epi16(t.b, t.b), _mm256_unpacklo_epi16(t.c, t.c)};
-        const V3 hi = {_mm256_unpackhi_epi16(t.a, t.a), _mm256_unpackhi_epi16(t.b, t.b), _mm256_unpackhi_epi16(t.c, t.c)};
-        for (std::size_t k = 0; k < K; ++k) {
-            Wide y;
-            if constexpr (kQuads)
-                y = in[k].template luma32<true>(i);
-            else
-                y = in[k].luma32(i);
-            const V3 l = joinTerms<B>(B::lumaTerm(y.lo), lo), h = joinTerms<B>(B::lumaTerm(y.hi), hi);
-            const __m256i c0 = packBytes({l.a, h.a}), c1 = packBytes({l.b, h.b}), c2 = packBytes({l.c, h.c});
-            if constexpr (kQuads)
-                storeQuads(out[k], i, c0, c1, c2);
-            else
-                out[k].store32(i, c0, c1, c2);
+            const V3 t = B::chromaTerms(cb, cr);
+            // Each term twice, in the pixel order of Wide.
+            const V3 lo = {_mm256_unpacklo_epi16(t.a, t.a), _mm256_unpacklo_epi16(t.b, t.b), _mm256_unpacklo_epi16(t.c, t.c)};
+            const V3 hi = {_mm256_unpackhi_epi16(t.a, t.a), _mm256_unpackhi_epi16(t.b, t.b), _mm256_unpackhi_epi16(t.c, t.c)};
+            for (std::size_t k = 0; k < K; ++k) {
+                const Wide y = in[k].luma32(i);
+                const V3 l = joinTerms<B>(B::lumaTerm(y.lo), lo), h = joinTerms<B>(B::lumaTerm(y.hi), hi);
+                out[k].store32(i, packBytes({l.a, h.a}), packBytes({l.b, h.b}), packBytes({l.c, h.c}));
+            }
         }
+        return i;
     }
-    return i;
 }
 
 // K rows sharing their chroma by the kernel Kr: the block form over
@@ -366,7 +430,7 @@ inline void convertSubRows(const std::array<In, K>& in, const std::array<Out, K>
     using B = typename Kr::Block;
     const int end = Kr::spanEnd(width);
     int i = 0;
-    if constexpr (kSplits<B, In>)
+    if constexpr (kSplits<B, In> || kPairBlocks<B, In, Out>)
         i = splitBlocks<B>(in, out, end);
     for (std::size_t k = 0; k < K; ++k) {
         blockSpan<B>(in[k], out[k], i, end);

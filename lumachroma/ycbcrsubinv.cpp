@@ -78,6 +78,7 @@ template <bool FullY, int Wy, int Wrv, int Wgu, int Wgv, int Wbu, int Rnd>
 struct Form709 {
     static constexpr int kShift = 4;
     static constexpr bool kAddG = false;
+    static constexpr SplitWeights kWeights = {FullY ? 0 : Wy, Wrv, Wgu, Wgv, Wbu, Rnd};
     static Px scalar(int y, int cb, int cr)
     {
         const int a = (FullY ? 16 * y : hiS((y - 16) * 128, Wy)) + Rnd;

@@ -66,26 +66,36 @@ inline IntOf<F> labIndex(F t)
         return index01InRange(t);
 }
 
-// f(t) of one normalised value from its pair (c, b); `root` gets the cube
-// root.
+// Cube root of a normalised value t from its pair (c, b).
 template <bool Short4, class F>
-inline F labF(F t, F c, F b, F& root)
+inline F labRoot(F t, F c, F b)
 {
     const F d = offsetFused(t, c, b);
-    root = Short4 ? rootHorner4(d, c, powluv::k4) : c * series8(d);
-    return select(le(t, F(kThreshold)), fmadd(F(7.787f), t, F(0.13793103f)), root);
+    return Short4 ? rootHorner4(d, c, powluv::k4) : c * series8(d);
 }
 
-// L, fx - fy and fy - fz from x, y, z and their pairs.
+// L, fx - fy and fy - fz from x, y, z and their pairs. f(t) is the root, or
+// the line at and below the threshold; where no value is that small, the
+// line and the choice are left out (NaN takes the root either way).
 template <bool Short4, class F>
 inline void labFromPairs(const F (&t)[3], const F (&c)[3], const F (&b)[3], F& L, F& dxy, F& dyz)
 {
-    F f[3], root[3];
+    F root[3];
     for (int k = 0; k < 3; ++k)
-        f[k] = labF<Short4>(t[k], c[k], b[k], root[k]);
-    L = select(le(t[1], F(kThreshold)), F(903.3f) * t[1], root[1] * F(116.0f) - F(16.0f));
-    dxy = f[0] - f[1];
-    dyz = f[1] - f[2];
+        root[k] = labRoot<Short4>(t[k], c[k], b[k]);
+    const auto low0 = le(t[0], F(kThreshold)), low1 = le(t[1], F(kThreshold)), low2 = le(t[2], F(kThreshold));
+    if (!any(low0, low1, low2)) {
+        L = root[1] * F(116.0f) - F(16.0f);
+        dxy = root[0] - root[1];
+        dyz = root[1] - root[2];
+        return;
+    }
+    const F f0 = select(low0, fmadd(F(7.787f), t[0], F(0.13793103f)), root[0]);
+    const F f1 = select(low1, fmadd(F(7.787f), t[1], F(0.13793103f)), root[1]);
+    const F f2 = select(low2, fmadd(F(7.787f), t[2], F(0.13793103f)), root[2]);
+    L = select(low1, F(903.3f) * t[1], root[1] * F(116.0f) - F(16.0f));
+    dxy = f0 - f1;
+    dyz = f1 - f2;
 }
 
 // L, fx - fy and fy - fz of one pixel or eight.

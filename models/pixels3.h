@@ -253,6 +253,14 @@ inline M8 le(F8 a, F8 b) { return {_mm256_cmp_ps(a.v, b.v, _CMP_LE_OQ)}; }
 inline M8 lt(F8 a, F8 b) { return {_mm256_cmp_ps(a.v, b.v, _CMP_LT_OQ)}; }
 inline M8 eq(F8 a, F8 b) { return {_mm256_cmp_ps(a.v, b.v, _CMP_EQ_OQ)}; }
 
+// Whether any lane of any of three comparison results holds.
+inline bool any(bool a, bool b, bool c) { return a || b || c; }
+inline bool any(M8 a, M8 b, M8 c)
+{
+    const __m256 m = _mm256_or_ps(_mm256_or_ps(a.v, b.v), c.v);
+    return !_mm256_testz_ps(m, m);
+}
+
 inline float select(bool m, float a, float b) { return m ? a : b; }
 inline F8 select(M8 m, F8 a, F8 b) { return _mm256_blendv_ps(b.v, a.v, m.v); }
 

@@ -20,6 +20,15 @@ inline IntOf<F> index01(F v, int size)
     return clampI(truncI(v * F(127.99805f)), 0, size - 1);
 }
 
+// The same index for values already cut to at most 1.0 (NaN cut to 1.0 as
+// well): the product stays below 128, so only the lower bound is left to
+// apply, for negative values.
+template <class F>
+inline IntOf<F> index01AtMostOne(F v)
+{
+    return maxI(truncI(v * F(127.99805f)), 0);
+}
+
 // The same index for values known to lie in 0 .. 1.0000152 (sums of
 // non-negative weights of 8-bit samples, normalised to 1 at full scale, which
 // come out within a few units in the last place of 1): truncation alone stays

@@ -16,6 +16,7 @@
 // form, fused; the rest the tail form, the same steps each rounded by itself.
 // The series is evaluated in the same order in both. 8-bit results saturate
 // in the group form; the forward tail keeps the low byte.
+#include <bit>
 #include <cstdint>
 #include <type_traits>
 
@@ -56,46 +57,77 @@ inline void labNormalised(F r, F g, F b, F (&t)[3])
 }
 
 // Index of the pair (short table) for a normalised value; values from 8-bit
-// samples cannot leave the table.
+// samples cannot leave the table, nor can float ones above it once cut to
+// 1.0.
 template <class S, class F>
 inline IntOf<F> labIndex(F t)
 {
     if constexpr (std::is_same_v<S, float>)
-        return index01(t, powluv::kShortSize);
+        return index01AtMostOne(t);
     else
         return index01InRange(t);
 }
 
-// Cube root of a normalised value t from its pair (c, b).
+// Cube root of a normalised value t from its pair (c, b): the offset d of t
+// from c^3 relative to the point, then the root from c and d.
+template <bool Short4, class F>
+inline F labRootFromOffset(F c, F d)
+{
+    return Short4 ? rootHorner4(d, c, powluv::k4) : c * series8(d);
+}
 template <bool Short4, class F>
 inline F labRoot(F t, F c, F b)
 {
-    const F d = offsetFused(t, c, b);
-    return Short4 ? rootHorner4(d, c, powluv::k4) : c * series8(d);
+    return labRootFromOffset<Short4>(c, offsetFused(t, c, b));
 }
 
-// L, fx - fy and fy - fz from x, y, z and their pairs. f(t) is the root, or
+// Whether any of x, y, z may lie at or below the threshold. Eight lanes
+// compare the bit patterns as signed integers, the smallest of the three
+// against the threshold's: every value at or below it, negative ones
+// included, has a pattern no greater than the threshold's. Negative NaNs
+// count as well; they only take the longer way, where the comparisons are
+// exact.
+inline bool mayBeLow(float x, float y, float z)
+{
+    return x <= kThreshold || y <= kThreshold || z <= kThreshold;
+}
+inline bool mayBeLow(F8 x, F8 y, F8 z)
+{
+    auto bits = [](F8 v) { return _mm256_castps_si256(v.v); };
+    const __m256i least = _mm256_min_epi32(_mm256_min_epi32(bits(x), bits(y)), bits(z));
+    const __m256i above = _mm256_cmpgt_epi32(least, _mm256_set1_epi32(std::bit_cast<int32_t>(kThreshold)));
+    return _mm256_movemask_ps(_mm256_castsi256_ps(above)) != 0xFF;
+}
+
+// L, fx - fy and fy - fz from x, y, z and their roots. f(t) is the root, or
 // the line at and below the threshold; where no value is that small, the
 // line and the choice are left out (NaN takes the root either way).
-template <bool Short4, class F>
-inline void labFromPairs(const F (&t)[3], const F (&c)[3], const F (&b)[3], F& L, F& dxy, F& dyz)
+template <class F>
+inline void labFromRoots(const F (&t)[3], const F (&root)[3], F& L, F& dxy, F& dyz)
 {
-    F root[3];
-    for (int k = 0; k < 3; ++k)
-        root[k] = labRoot<Short4>(t[k], c[k], b[k]);
-    const auto low0 = le(t[0], F(kThreshold)), low1 = le(t[1], F(kThreshold)), low2 = le(t[2], F(kThreshold));
-    if (!any(low0, low1, low2)) {
+    if (!mayBeLow(t[0], t[1], t[2])) {
         L = root[1] * F(116.0f) - F(16.0f);
         dxy = root[0] - root[1];
         dyz = root[1] - root[2];
         return;
     }
+    const auto low0 = le(t[0], F(kThreshold)), low1 = le(t[1], F(kThreshold)), low2 = le(t[2], F(kThreshold));
     const F f0 = select(low0, fmadd(F(7.787f), t[0], F(0.13793103f)), root[0]);
     const F f1 = select(low1, fmadd(F(7.787f), t[1], F(0.13793103f)), root[1]);
     const F f2 = select(low2, fmadd(F(7.787f), t[2], F(0.13793103f)), root[2]);
     L = select(low1, F(903.3f) * t[1], root[1] * F(116.0f) - F(16.0f));
     dxy = f0 - f1;
     dyz = f1 - f2;
+}
+
+// The same from x, y, z and their pairs.
+template <bool Short4, class F>
+inline void labFromPairs(const F (&t)[3], const F (&c)[3], const F (&b)[3], F& L, F& dxy, F& dyz)
+{
+    F root[3];
+    for (int k = 0; k < 3; ++k)
+        root[k] = labRoot<Short4>(t[k], c[k], b[k]);
+    labFromRoots(t, root, L, dxy, dyz);
 }
 
 // L, fx - fy and fy - fz of one pixel or eight.
@@ -206,16 +238,21 @@ struct RgbToLab : ThreeChannels<RgbToLab<S, D, Bgr>, S, D> {
         labStored<D>(o[0], o[1], o[2], q);
     }
 
-    // The vector path in two passes over runs of up to 64 pixels: first the
-    // normalised values and their table indices of the whole run, then the
-    // lookups, roots and stores. Each pass is a short chain of dependent
-    // steps, so the processor keeps more groups in flight than in one long
-    // chain from load to store. The arithmetic is that of convert() above.
+    // The vector path over runs of up to 64 pixels: first the normalised
+    // values and their table indices of the whole run; then, one group
+    // ahead of the series, the lookups and the offsets from the table's
+    // points; then the series, the results and the stores. The table loads
+    // of one group thus go on while the multiplications of the one before
+    // fill the multipliers, and no chain from load to store is so long that
+    // the processor cannot keep several groups in flight. The arithmetic is
+    // that of convert() above.
     [[gnu::flatten]] void vector(const S* s, D* d, int n) const
     {
         constexpr int kRun = 64;
         alignas(32) float t[kRun / 8][3][8];
         alignas(32) uint64_t at[kRun / 8][3][4];
+        alignas(32) float cs[kRun / 8][3][8];
+        alignas(32) float ds[kRun / 8][3][8];
         auto first = [&](const S* s8, int g) {
             F8 in[3], x[3];
             loadPixels8<S, 3>(s8, in);
@@ -225,13 +262,21 @@ struct RgbToLab : ThreeChannels<RgbToLab<S, D, Bgr>, S, D> {
                 _mm256_store_si256(reinterpret_cast<__m256i*>(at[g][k]), labIndex<S>(x[k]).v);
             }
         };
+        auto middle = [&](int g) {
+            for (int k = 0; k < 3; ++k) {
+                F8 c, b;
+                lookupAt(powluv::kShort, at[g][k], c, b);
+                _mm256_store_ps(cs[g][k], c.v);
+                _mm256_store_ps(ds[g][k], offsetFused(F8(_mm256_load_ps(t[g][k])), c, b).v);
+            }
+        };
         auto second = [&](int g, D* d8) {
-            F8 x[3], c[3], b[3], o[3];
+            F8 x[3], root[3], o[3];
             for (int k = 0; k < 3; ++k) {
                 x[k] = _mm256_load_ps(t[g][k]);
-                lookupAt(powluv::kShort, at[g][k], c[k], b[k]);
+                root[k] = labRootFromOffset<kShort4>(F8(_mm256_load_ps(cs[g][k])), F8(_mm256_load_ps(ds[g][k])));
             }
-            labFromPairs<kShort4>(x, c, b, o[0], o[1], o[2]);
+            labFromRoots(x, root, o[0], o[1], o[2]);
             if constexpr (std::is_same_v<D, float>) {
                 o[1] = o[1] * F8(500.0f);
                 o[2] = o[2] * F8(200.0f);
@@ -242,7 +287,7 @@ struct RgbToLab : ThreeChannels<RgbToLab<S, D, Bgr>, S, D> {
                 storePixels8<D, 3>(d8, q);
             }
         };
-        inRuns<kRun, 3, 3>(s, d, n, first, second);
+        inRuns<kRun, 3, 3>(s, d, n, first, middle, second);
     }
 };
 

@@ -284,6 +284,8 @@ inline I8 clampI(I8 a, int32_t lo, int32_t hi)
 {
     return _mm256_min_epi32(_mm256_max_epi32(a.v, _mm256_set1_epi32(lo)), _mm256_set1_epi32(hi));
 }
+inline int32_t maxI(int32_t a, int32_t b) { return a > b ? a : b; }
+inline I8 maxI(I8 a, int32_t b) { return _mm256_max_epi32(a.v, _mm256_set1_epi32(b)); }
 inline int32_t sub(int32_t a, int32_t b) { return a - b; }
 inline I8 sub(I8 a, I8 b) { return _mm256_sub_epi32(a.v, b.v); }
 
@@ -549,20 +551,22 @@ inline void inEights(const S* s, D* d, int n, Eight&& eight)
     }
 }
 
-// Two passes over runs of up to `Run` pixels: `first(s, g)` over the groups
-// of eight of a run (g counts the groups of the run from 0), then
-// `second(g, d)` over the same groups. A chain from load to store that is
-// too long for the processor to keep several groups in flight splits this
-// way into two short ones, with what the first pass leaves for the second
+// Passes over runs of up to `Run` pixels: `first(s, g)` over the groups of
+// eight of a run (g counts the groups of the run from 0), then `middle(g)`
+// and `second(g, d)`, the middle step kept one group ahead: middle(g + 1)
+// comes just before second(g), so that its loads proceed while the
+// processor works through the other's multiplications. A chain from load to
+// store that is too long for the processor to keep several groups in flight
+// splits this way into short ones, with what one step leaves for the next
 // (indexed by g) between them. A last group of fewer than eight goes
 // through zero-padded copies as in inEights.
-template <int Run, int SrcPix, int DstPix, class S, class D, class First, class Second>
-inline void inRuns(const S* s, D* d, int n, First&& first, Second&& second)
+template <int Run, int SrcPix, int DstPix, class S, class D, class First, class Middle, class Second>
+inline void inRuns(const S* s, D* d, int n, First&& first, Middle&& middle, Second&& second)
 {
     static_assert(Run % 8 == 0);
     for (; n > 0; n -= Run, s += Run * SrcPix, d += Run * DstPix) {
         const int m = n < Run ? n : Run;
-        const int whole = m / 8, rest = m % 8;
+        const int whole = m / 8, rest = m % 8, groups = whole + (rest != 0);
         for (int g = 0; g < whole; ++g)
             first(s + 8 * SrcPix * g, g);
         if (rest) {
@@ -570,8 +574,12 @@ inline void inRuns(const S* s, D* d, int n, First&& first, Second&& second)
             std::memcpy(sb, s + 8 * SrcPix * whole, sizeof(S) * SrcPix * rest);
             first(sb, whole);
         }
-        for (int g = 0; g < whole; ++g)
+        middle(0);
+        for (int g = 0; g < whole; ++g) {
+            if (g + 1 < groups)
+                middle(g + 1);
             second(g, d + 8 * DstPix * g);
+        }
         if (rest) {
             D db[8 * DstPix] = {};
             std::memcpy(db, d + 8 * DstPix * whole, sizeof(D) * DstPix * rest);
@@ -579,6 +587,11 @@ inline void inRuns(const S* s, D* d, int n, First&& first, Second&& second)
             std::memcpy(d + 8 * DstPix * whole, db, sizeof(D) * DstPix * rest);
         }
     }
+}
+template <int Run, int SrcPix, int DstPix, class S, class D, class First, class Second>
+inline void inRuns(const S* s, D* d, int n, First&& first, Second&& second)
+{
+    inRuns<Run, SrcPix, DstPix>(s, d, n, first, [](int) {}, second);
 }
 
 }  // namespace h9::lanes

@@ -331,18 +331,6 @@ inline T narrow(Int x)
 // 32 pixels of bytes or 16 pixels of 16-bit elements (EB bytes each). Each
 // lane's pixels take 16 * Ch bytes of memory, in Ch chunks of 16.
 
-// Channel S out of the chunks c[0..Ch).
-template <int Ch, int S, int EB>
-inline __m256i gather(const __m256i* c)
-{
-    __m256i x = _mm256_shuffle_epi8(c[0], simd::gatherMask256<Ch, S, 0, EB>());
-    x = _mm256_or_si256(x, _mm256_shuffle_epi8(c[1], simd::gatherMask256<Ch, S, 1, EB>()));
-    x = _mm256_or_si256(x, _mm256_shuffle_epi8(c[2], simd::gatherMask256<Ch, S, 2, EB>()));
-    if constexpr (Ch == 4)
-        x = _mm256_or_si256(x, _mm256_shuffle_epi8(c[3], simd::gatherMask256<Ch, S, 3, EB>()));
-    return x;
-}
-
 // Chunk K of four-sample pixels from the channel registers of memory
 // samples 0, 1, 2 and a register holding the fourth sample.
 template <int K, int EB>
@@ -457,6 +445,44 @@ inline void samples4x32(const uint8_t* s, __m256i* out)
     out[2] = _mm256_unpacklo_epi64(t1, t3);
 }
 
+// Samples 0, 1 and 2 of 16 four-sample pixels of signed 16-bit elements,
+// as Lanes32 or Lanes16. A pixel is two dwords, samples 1:0 and 3:2. With
+// pixels 0-1 in lane 0 of one register and 2-3 in lane 0 of another, one
+// shufps takes the first dwords of pixels 0-3 in order and one the second
+// dwords, and lane 1 does the same for the pixels loaded there: 4-7 for
+// Lanes32, 8-11 for Lanes16. Shifts then sign-extend each half of a dword,
+// which is Lanes32 as it stands; for Lanes16 a saturating pack (exact, the
+// values are 16-bit) joins pixels 0-3 and 4-7 in lane 0 and 8-11 and 12-15
+// in lane 1, pixel order again. Picking words with byte shuffles took
+// twelve shuffles and nine ORs for 16 pixels, and six more to widen.
+template <class N>
+inline void samples4x16(const uint8_t* s, N* out)
+{
+    constexpr bool kNarrow = std::is_same_v<N, Lanes16>;
+    // Byte offsets of the pixels loaded into lane 1, and of the second
+    // group of registers.
+    constexpr int kLane1 = kNarrow ? 64 : 32, kGroup = kNarrow ? 32 : 64;
+    __m256i first[2], second[2];
+    for (int h = 0; h < 2; ++h) {
+        const uint8_t* q = s + kGroup * h;
+        const __m256 a = _mm256_castsi256_ps(simd::load2x128(q, q + kLane1));
+        const __m256 b = _mm256_castsi256_ps(simd::load2x128(q + 16, q + 16 + kLane1));
+        first[h] = _mm256_castps_si256(_mm256_shuffle_ps(a, b, 0x88));
+        second[h] = _mm256_castps_si256(_mm256_shuffle_ps(a, b, 0xDD));
+    }
+    auto low = [](__m256i x) { return _mm256_srai_epi32(_mm256_slli_epi32(x, 16), 16); };
+    auto high = [](__m256i x) { return _mm256_srai_epi32(x, 16); };
+    auto make = [](__m256i x0, __m256i x1) {
+        if constexpr (kNarrow)
+            return Lanes16{_mm256_packs_epi32(x0, x1)};
+        else
+            return Lanes32{x0, x1};
+    };
+    out[0] = make(low(first[0]), low(first[1]));
+    out[1] = make(high(first[0]), high(first[1]));
+    out[2] = make(low(second[0]), low(second[1]));
+}
+
 // Interleaved pixels of T (bytes or signed 16-bit), Ch samples a pixel. The
 // colour lies in memory as B, G, R, or as R, G, B when Bgr is false; a fourth
 // sample is never read, and on output takes `alpha`. Bytes travel as Bytes,
@@ -524,19 +550,16 @@ struct PixelsIn : Pixels<T, Ch, Bgr> {
                     return widen(UnpackBytes{x});
             };
             return {from(c[P::kR]), from(c[1]), from(c[P::kB])};
+        } else if constexpr (Ch == 4 && P::kEB == 2) {
+            N c[3];
+            samples4x16(s, c);
+            return {c[P::kR], c[1], c[P::kB]};
         } else {
-            __m256i c[Ch];
-            if constexpr (Ch == 3)
-                chunks3(s, c);
-            else
-                for (int k = 0; k < Ch; ++k)
-                    c[k] = simd::load2x128(s + 16 * k, s + 16 * Ch + 16 * k);
-            if constexpr (Ch == 3)
-                return {P::template from<N>(gather3<P::kR, P::kEB>(c)), P::template from<N>(gather3<1, P::kEB>(c)),
-                        P::template from<N>(gather3<P::kB, P::kEB>(c))};
-            else
-                return {P::template from<N>(gather<Ch, P::kR, P::kEB>(c)),
-                        P::template from<N>(gather<Ch, 1, P::kEB>(c)), P::template from<N>(gather<Ch, P::kB, P::kEB>(c))};
+            static_assert(Ch == 3);
+            __m256i c[3];
+            chunks3(s, c);
+            return {P::template from<N>(gather3<P::kR, P::kEB>(c)), P::template from<N>(gather3<1, P::kEB>(c)),
+                    P::template from<N>(gather3<P::kB, P::kEB>(c))};
         }
     }
 };

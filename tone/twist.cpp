@@ -372,8 +372,12 @@ inline void interleave4x16(__m256i r, __m256i g, __m256i b, __m256i& first, __m2
 // Integer results (32-bit lanes, saturated here) of eight pixels to memory. In
 // AC4 the destination's fourth elements are read and written back unchanged
 // (a blend is far cheaper than a masked store, and none exists below 32 bits).
+//
+// roomAfter: the four bytes after the step's 24 (8u C3) are the next step's,
+// written again by it, so each lane's twelve bytes may go by a whole 16-byte
+// store.
 template <class T, Layout L>
-inline void store8(Access<T, L> d, int i, __m256i r, __m256i g, __m256i b)
+inline void store8(Access<T, L> d, int i, __m256i r, __m256i g, __m256i b, bool roomAfter = false)
 {
     if constexpr (L == Layout::P3) {
         narrow8(d.at(i, 0), r);
@@ -382,8 +386,14 @@ inline void store8(Access<T, L> d, int i, __m256i r, __m256i g, __m256i b)
     } else if constexpr (L == Layout::C3) {
         T* p = d.at(i, 0);
         if constexpr (std::is_same_v<T, uint8_t>) {
-            // Twelve bytes a lane; the two lanes' dwords 0-2 side by side.
+            // Twelve bytes a lane.
             __m256i v = interleaveBytes<3>(packBytes(r, g, b));
+            if (roomAfter) {
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(v));
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 12), _mm256_extracti128_si256(v, 1));
+                return;
+            }
+            // The two lanes' dwords 0-2 side by side.
             v = _mm256_permutevar8x32_epi32(v, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 7, 7));
             _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(v));
             _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 16), _mm256_extracti128_si256(v, 1));
@@ -510,6 +520,35 @@ struct Twist3 {
             steps<false>(s, d, begin, end);
     }
 
+    // 8u C3: as below (next step loaded before this step's sums), with every
+    // step but the last storing each lane's twelve bytes by one 16-byte store:
+    // one lane-crossing permute fewer a step, 1.31 -> 1.24 cycles a pixel in
+    // the cache. The last step is peeled so that the loop carries no test.
+    template <bool Bounded>
+    static void steps8uC3(const Splat& k, In s, Out d, int begin, int end)
+    {
+        if (begin >= end)
+            return;
+        auto sums = [&](__m256 a, __m256 b, __m256 c, __m256i& r0, __m256i& r1, __m256i& r2) {
+            r0 = toElement<T, Bounded>(twistSum(k, 0, a, b, c));
+            r1 = toElement<T, Bounded>(twistSum(k, 1, a, b, c));
+            r2 = toElement<T, Bounded>(twistSum(k, 2, a, b, c));
+        };
+        __m256 a, b, c;
+        __m256i r0, r1, r2;
+        load8<T, L>(s, begin, a, b, c);
+        int i = begin;
+        for (; i + 8 < end; i += 8) {
+            __m256 na, nb, nc;
+            load8<T, L>(s, i + 8, na, nb, nc);
+            sums(a, b, c, r0, r1, r2);
+            store8<T, L>(d, i, r0, r1, r2, true);
+            a = na, b = nb, c = nc;
+        }
+        sums(a, b, c, r0, r1, r2);
+        store8<T, L>(d, i, r0, r1, r2, false);
+    }
+
     template <bool Bounded>
     void steps(In s, Out d, int begin, int end) const
     {
@@ -524,6 +563,10 @@ struct Twist3 {
             // load and store around the sums, measured slower that way.
             constexpr bool kAhead = !(kIsFloat<T> && L == Layout::P3);
             const Splat k(m);
+            if constexpr (std::is_same_v<T, uint8_t> && L == Layout::C3) {
+                steps8uC3<Bounded>(k, s, d, begin, end);
+                return;
+            }
             __m256 na, nb, nc;
             if (kAhead && begin < end)
                 load8<T, L>(s, begin, na, nb, nc);

@@ -44,7 +44,7 @@ struct Frame {
         }
         for (auto& b : buf) {
             ptr.push_back(b.data());
-            bytes += b.raw.size() - 64;
+            bytes += b.size;
         }
     }
     std::vector<orvbench::Buffer> buf;

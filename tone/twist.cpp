@@ -201,23 +201,36 @@ using Access = std::conditional_t<L == Layout::P3, Planar<T>, Packed<T, L == Lay
 // ---------------------------------------------------------------------------
 // Eight pixels in, one channel per register, as floats.
 
-// Sixteen bytes per lane; lane 0 holds pixels 0-3 from byte 0, lane 1
-// pixels 4-7 from byte 4. Each mask zero-extends one channel to 32 bits.
-constexpr std::array<int8_t, 32> bytesToDwordsC3(int ch)
+// Sixteen bytes per lane; lane 0 holds pixels 0-3 from byte `first`, lane 1
+// pixels 4-7 from byte `second`. Each mask zero-extends one channel to 32
+// bits.
+constexpr std::array<int8_t, 32> bytesToDwordsC3(int ch, int first, int second)
 {
     std::array<int8_t, 32> m{};
     for (int lane = 0; lane < 2; ++lane)
         for (int k = 0; k < 4; ++k)
             for (int b = 0; b < 4; ++b)
-                m[16 * lane + 4 * k + b] = b == 0 ? int8_t(4 * lane + 3 * k + ch) : int8_t(-128);
+                m[16 * lane + 4 * k + b] = b == 0 ? int8_t((lane ? second : first) + 3 * k + ch) : int8_t(-128);
     return m;
 }
 
-template <int Ch>
+// Pixels 0-3 from byte 0 and 4-7 from byte 4 (the lanes loaded apart), or
+// from byte 4 and 0 (one load from four bytes before the pixels).
+template <int Ch, bool Wide = false>
 inline __m256i spreadC3()
 {
-    static constexpr auto m = bytesToDwordsC3(Ch);
+    static constexpr auto m = bytesToDwordsC3(Ch, Wide ? 4 : 0, Wide ? 0 : 4);
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(m.data()));
+}
+
+// Eight 8u C3 pixels by one 32-byte load from four bytes before them to four
+// after: no lane insert, for steps with a pixel on either side in the row.
+inline void load8uC3Wide(const uint8_t* p, __m256& a, __m256& b, __m256& c)
+{
+    const __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p - 4));
+    a = _mm256_cvtepi32_ps(_mm256_shuffle_epi8(v, spreadC3<0, true>()));
+    b = _mm256_cvtepi32_ps(_mm256_shuffle_epi8(v, spreadC3<1, true>()));
+    c = _mm256_cvtepi32_ps(_mm256_shuffle_epi8(v, spreadC3<2, true>()));
 }
 
 // Eight elements widened to 32-bit integers.
@@ -372,8 +385,12 @@ inline void interleave4x16(__m256i r, __m256i g, __m256i b, __m256i& first, __m2
 // Integer results (32-bit lanes, saturated here) of eight pixels to memory. In
 // AC4 the destination's fourth elements are read and written back unchanged
 // (a blend is far cheaper than a masked store, and none exists below 32 bits).
+//
+// roomAfter: the four bytes after the step's 24 (8u C3) are the next step's,
+// written again by it, so each lane's twelve bytes may go by a whole 16-byte
+// store.
 template <class T, Layout L>
-inline void store8(Access<T, L> d, int i, __m256i r, __m256i g, __m256i b)
+inline void store8(Access<T, L> d, int i, __m256i r, __m256i g, __m256i b, bool roomAfter = false)
 {
     if constexpr (L == Layout::P3) {
         narrow8(d.at(i, 0), r);
@@ -382,8 +399,14 @@ inline void store8(Access<T, L> d, int i, __m256i r, __m256i g, __m256i b)
     } else if constexpr (L == Layout::C3) {
         T* p = d.at(i, 0);
         if constexpr (std::is_same_v<T, uint8_t>) {
-            // Twelve bytes a lane; the two lanes' dwords 0-2 side by side.
+            // Twelve bytes a lane.
             __m256i v = interleaveBytes<3>(packBytes(r, g, b));
+            if (roomAfter) {
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(v));
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 12), _mm256_extracti128_si256(v, 1));
+                return;
+            }
+            // The two lanes' dwords 0-2 side by side.
             v = _mm256_permutevar8x32_epi32(v, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 7, 7));
             _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(v));
             _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 16), _mm256_extracti128_si256(v, 1));
@@ -510,6 +533,47 @@ struct Twist3 {
             steps<false>(s, d, begin, end);
     }
 
+    // 8u C3: as below (next step loaded before this step's sums), with the
+    // steps that have pixels of the row on both sides loaded by one 32-byte
+    // load instead of two halves, and every step but the last storing each
+    // lane's twelve bytes by one 16-byte store. That is 32 vector operations
+    // a step instead of 34, 8 of them lane shuffles; in the cache 1.31 ->
+    // 1.17 cycles a pixel, against 1.0 for the operations spread evenly over
+    // the four pipes. The first and last steps are peeled so that the loop
+    // carries no test.
+    template <bool Bounded>
+    static void steps8uC3(const Splat& k, In s, Out d, int begin, int end)
+    {
+        if (begin >= end)
+            return;
+        auto sums = [&](__m256 a, __m256 b, __m256 c, __m256i& r0, __m256i& r1, __m256i& r2) {
+            r0 = toElement<T, Bounded>(twistSum(k, 0, a, b, c));
+            r1 = toElement<T, Bounded>(twistSum(k, 1, a, b, c));
+            r2 = toElement<T, Bounded>(twistSum(k, 2, a, b, c));
+        };
+        __m256 a, b, c;
+        __m256i r0, r1, r2;
+        load8<T, L>(s, begin, a, b, c);
+        int i = begin;
+        for (; i + 16 < end; i += 8) {
+            __m256 na, nb, nc;
+            load8uC3Wide(s.at(i + 8, 0), na, nb, nc);
+            sums(a, b, c, r0, r1, r2);
+            store8<T, L>(d, i, r0, r1, r2, true);
+            a = na, b = nb, c = nc;
+        }
+        if (i + 8 < end) {
+            __m256 na, nb, nc;
+            load8<T, L>(s, i + 8, na, nb, nc);
+            sums(a, b, c, r0, r1, r2);
+            store8<T, L>(d, i, r0, r1, r2, true);
+            a = na, b = nb, c = nc;
+            i += 8;
+        }
+        sums(a, b, c, r0, r1, r2);
+        store8<T, L>(d, i, r0, r1, r2, false);
+    }
+
     template <bool Bounded>
     void steps(In s, Out d, int begin, int end) const
     {
@@ -524,6 +588,10 @@ struct Twist3 {
             // load and store around the sums, measured slower that way.
             constexpr bool kAhead = !(kIsFloat<T> && L == Layout::P3);
             const Splat k(m);
+            if constexpr (std::is_same_v<T, uint8_t> && L == Layout::C3) {
+                steps8uC3<Bounded>(k, s, d, begin, end);
+                return;
+            }
             __m256 na, nb, nc;
             if (kAhead && begin < end)
                 load8<T, L>(s, begin, na, nb, nc);

@@ -137,8 +137,16 @@ struct PackedPairsIn {
     {
         const uint8_t* s = p + 2 * i;
         if constexpr (Quads) {
-            w0 = _mm256_permute4x64_epi64(loadu32(s), 0xD8);
-            w1 = _mm256_permute4x64_epi64(loadu32(s + 32), 0xD8);
+            // A plain load of pixels 0-15 already holds 0-3 and 12-15 in
+            // their places; the 16 bytes of pixels 4-11, loaded into both
+            // lanes, give 8-11 to the upper half of lane 0 and 4-7 to the
+            // lower half of lane 1. One blend, and no shuffle port.
+            auto quads = [](const uint8_t* q) {
+                const __m256i mid = _mm256_broadcastsi128_si256(loadu16(q + 8));
+                return _mm256_blend_epi32(loadu32(q), mid, 0x3C);
+            };
+            w0 = quads(s);
+            w1 = quads(s + 32);
         } else {
             w0 = simd::load2x128(s, s + 32);
             w1 = simd::load2x128(s + 16, s + 48);
@@ -375,8 +383,12 @@ template <class B, Order422 O, class Out>
 // Whole vectors of 32 pixels of one packed row, up to `end`; two a step,
 // which gives the scheduler two independent chains of multiplies.
 template <class B, Order422 O, class Out>
-[[gnu::flatten]] inline int pairBlocks(const PackedPairsIn<O>& in, const Out& out, int end)
+[[gnu::flatten]] inline int pairBlocks(const PackedPairsIn<O>& src, const Out& dst, int end)
 {
+    // Local copies: the compiler keeps the pointers and the alpha byte in
+    // registers instead of reading them back after every store.
+    const PackedPairsIn<O> in = src;
+    const Out out = dst;
     int i = 0;
     for (; i + 64 <= end; i += 64) {
         pairBlock<B>(in, out, i);

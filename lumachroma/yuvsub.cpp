@@ -541,6 +541,17 @@ struct Square14 {
 // words.
 inline V pairSums(const Wide& w) { return _mm256_hadd_epi16(w.lo, w.hi); }
 
+// The same pair sums by two multiply-adds by ones and an unsigned pack, for
+// rows from planes: widening each plane already keeps the shuffle unit busy,
+// and the multiply-adds move the pair sums to the multiplier (measured
+// faster there, not for interleaved rows). The words of the planar 4:2:2
+// block are below 32768, so the signed multiply-adds are exact.
+inline V pairSumsByMadd(const Wide& w)
+{
+    const __m256i ones = _mm256_set1_epi16(1);
+    return _mm256_packus_epi32(_mm256_madd_epi16(w.lo, ones), _mm256_madd_epi16(w.hi, ones));
+}
+
 // Block of the 4:2:2 members with interleaved source, on doubled scale:
 // y2 = ((9798 R + 19235 G) >> 14) + ((3736 B) >> 14) (two truncations, not
 // one of the whole sum), Y = sat((y2 + Rnd) >> 1); with d = (T + Rnd) >> 1,
@@ -666,8 +677,9 @@ template <class F, int K, class In, class Out>
             acc(sumR, r);
         }
     }
-    const V T = pairSums(sumT);
-    const __m256i c = _mm256_packus_epi16(F::u(pairSums(sumB), T), F::v(pairSums(sumR), T));
+    auto pairs = [](const Wide& w) { return std::is_same_v<In, PlanesIn> ? pairSumsByMadd(w) : pairSums(w); };
+    const V T = pairs(sumT);
+    const __m256i c = _mm256_packus_epi16(F::u(pairs(sumB), T), F::v(pairs(sumR), T));
     out.store32(i, ys, _mm256_permute4x64_epi64(c, 0xD8));  // U 0-15 | V 0-15
 }
 
@@ -861,66 +873,83 @@ inline int meanOfFour(int sum) { return (sum + 2) >> 2; }
 // Pixels B, G, R, A as 32-bit words are the 16-bit words B | G << 8 and
 // R | A << 8. Form E's luma terms are exact high halves of the bytes with
 // the factor four moved into the weight where it fits: (4B * 3736) >> 16
-// is B times 14944, (4R * 9798) >> 16 R times 39192, and (4G * 19235) >> 16
-// is 2G times 38470. One unsigned high-half multiply on the words B and R,
-// one on the words 2G and 0, and a multiply-add of the word pairs give the
-// three-term sum a + b + c of each pixel as a 32-bit word.
-inline __m256i bgraLumaTerms(__m256i px, __m256i& br)
-{
-    br = _mm256_and_si256(px, _mm256_set1_epi32(0x00FF00FF));
-    const __m256i g2 = _mm256_maddubs_epi16(px, _mm256_set1_epi32(0x0200));  // 0 B + 2 G, 0 R + 0 A
-    return _mm256_add_epi16(_mm256_mulhi_epu16(br, _mm256_set1_epi32((4 * FormE::kR) << 16 | 4 * FormE::kB)),
-                            _mm256_mulhi_epu16(g2, _mm256_set1_epi32(2 * FormE::kG)));
-}
+// is B times 14944 and (4R * 9798) >> 16 is R times 39192, one unsigned
+// high-half multiply on the words B and R of eight pixels; (4G * 19235) >> 16
+// is 2G times 38470, and the words 2G of 16 pixels (a multiply-add of the
+// bytes by 0, 2 per pixel, packed from two registers) share one multiply.
+// A horizontal add of the B and R terms of two registers packs to the same
+// word order as the 2G words: pixels 0-3 8-11 | 4-7 12-15.
+struct BgraTerms {
+    __m256i mask = _mm256_set1_epi32(0x00FF00FF), wBR = _mm256_set1_epi32((4 * FormE::kR) << 16 | 4 * FormE::kB),
+            twoG = _mm256_set1_epi32(0x0200), wG = _mm256_set1_epi16(int16_t(2 * FormE::kG));
 
-// Squares of rows r0 and r1 by the block form, 16 (32 pixels) a step. A row's
-// sums a + b + c pack to words in the order 0-3 8-11 | 4-7 12-15 (and 16-31
-// likewise); Y = S >> 1 = (a + b + c + 1) >> 1 is a rounding average with 0,
-// and one permutation puts the packed bytes back in pixel order. The rows'
-// words add, and a multiply-add by ones sums each square; the words B and
-// R of the rows add, and a horizontal add of 32-bit words sums each square
-// (B and R at most 1020, so no carry crosses). Both leave the squares in
-// the order 0 1 4 5 8 9 12 13 | 2 3 6 7 10 11 14 15 for one more
-// permutation at the end. With S = a + b + c + 1 per pixel, the mean of
-// four S is (sum of a + b + c + 6) >> 2.
+    // Words B | R << 16 of eight pixels.
+    __m256i br(__m256i px) const { return _mm256_and_si256(px, mask); }
+    // The three-term sums a + b + c = S - 1 of 16 pixels, each at most 510.
+    __m256i sums(__m256i pxA, __m256i pxB, __m256i brA, __m256i brB) const
+    {
+        const __m256i g2 = _mm256_packus_epi32(_mm256_maddubs_epi16(pxA, twoG), _mm256_maddubs_epi16(pxB, twoG));
+        return _mm256_add_epi16(_mm256_hadd_epi16(_mm256_mulhi_epu16(brA, wBR), _mm256_mulhi_epu16(brB, wBR)),
+                                _mm256_mulhi_epu16(g2, wG));
+    }
+};
+
+// Squares of rows r0 and r1 by the block form, 16 (32 pixels) a step, worked
+// on in two halves of 16 columns with both rows' pixels loaded together.
+// Each row's sums S - 1 take the order above; Y = S >> 1 is a rounding
+// average with 0, and one permutation puts the packed bytes back in pixel
+// order. The rows' sums add and a multiply-add by ones sums each square
+// (squares 0 1 4 5 | 2 3 6 7 of a half); with S = a + b + c + 1 per pixel
+// the mean of four S is (sum of a + b + c + 6) >> 2. The words B and R of
+// the two rows add, and a horizontal add of 32-bit words sums each square
+// in the same order (B and R at most 1020, so no carry crosses); one byte
+// shuffle and an unpack per half give the words sumB and sumR. Chroma:
+// (sumB + 1) >> 1 is a rounding average with 0; the difference with the
+// mean S (-511 .. 510) times 16121 or 28737 keeps its high half
+// well inside the bytes' reach, so the saturating pack to signed bytes
+// then a flip of the top bit is the saturation of that + 128. The bytes
+// come out as U and V of squares 0 1 4 5 8 9 12 13 | 2 3 6 7 10 11 14 15,
+// and one interleave of word pairs across the halves orders each plane.
 // `n` squares from the row starts, n a multiple of 16.
 [[gnu::flatten]] inline void bgraBlocks(const uint8_t* r0, const uint8_t* r1, uint8_t* y0, uint8_t* y1, uint8_t* u,
                                         uint8_t* v, int n)
 {
+    const BgraTerms terms;
     const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
     const __m256i ones = _mm256_set1_epi16(1), zero = _mm256_setzero_si256();
     // Each square's B | R << 16 to words B B B B R R R R per lane.
     const __m256i split = _mm256_setr_epi8(0, 1, 4, 5, 8, 9, 12, 13, 2, 3, 6, 7, 10, 11, 14, 15, 0, 1, 4, 5, 8, 9, 12,
                                            13, 2, 3, 6, 7, 10, 11, 14, 15);
     for (int k = 0; k < n; k += 16) {
-        const uint8_t* p0 = r0 + 8 * k;
-        const uint8_t* p1 = r1 + 8 * k;
-        __m256i sums[2][2], columns[4];
+        __m256i sums[2][2], columns[2];
+        for (int h = 0; h < 2; ++h) {
+            __m256i px[2][2], br[2][2];
+            for (int q = 0; q < 2; ++q)
+                for (int r = 0; r < 2; ++r) {
+                    px[r][q] = _mm256_loadu_si256(reinterpret_cast<const __m256i*>((r ? r1 : r0) + 8 * k + 64 * h + 32 * q));
+                    br[r][q] = terms.br(px[r][q]);
+                }
+            for (int r = 0; r < 2; ++r)
+                sums[r][h] = terms.sums(px[r][0], px[r][1], br[r][0], br[r][1]);
+            columns[h] = _mm256_shuffle_epi8(
+                _mm256_hadd_epi32(_mm256_add_epi16(br[0][0], br[1][0]), _mm256_add_epi16(br[0][1], br[1][1])), split);
+        }
         for (int r = 0; r < 2; ++r) {
-            __m256i t[4];
-            for (int q = 0; q < 4; ++q) {
-                __m256i br;
-                t[q] = bgraLumaTerms(_mm256_loadu_si256(reinterpret_cast<const __m256i*>((r ? p1 : p0) + 32 * q)), br);
-                columns[q] = r ? _mm256_add_epi16(columns[q], br) : br;
-            }
-            sums[r][0] = _mm256_hadd_epi16(t[0], t[1]);
-            sums[r][1] = _mm256_hadd_epi16(t[2], t[3]);
-            const __m256i yb =
-                _mm256_packus_epi16(_mm256_avg_epu16(sums[r][0], zero), _mm256_avg_epu16(sums[r][1], zero));
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>((r ? y1 : y0) + 2 * k),
-                                _mm256_permutevar8x32_epi32(yb, order));
+            const __m256i yb = _mm256_packus_epi16(_mm256_avg_epu16(sums[r][0], zero), _mm256_avg_epu16(sums[r][1], zero));
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>((r ? y1 : y0) + 2 * k), _mm256_permutevar8x32_epi32(yb, order));
         }
         auto squares = [&](int h) { return _mm256_madd_epi16(_mm256_add_epi16(sums[0][h], sums[1][h]), ones); };
         const __m256i meanS = srl<2>(add(_mm256_packs_epi32(squares(0), squares(1)), 6));
-        const __m256i h0 = _mm256_shuffle_epi8(_mm256_hadd_epi32(columns[0], columns[1]), split);
-        const __m256i h1 = _mm256_shuffle_epi8(_mm256_hadd_epi32(columns[2], columns[3]), split);
-        const __m256i cu = FormE::chroma(_mm256_unpacklo_epi64(h0, h1), meanS, FormE::kU);
-        const __m256i cv = FormE::chroma(_mm256_unpackhi_epi64(h0, h1), meanS, FormE::kV);
-        const __m256i c = _mm256_packus_epi16(_mm256_permutevar8x32_epi32(cu, order),
-                                              _mm256_permutevar8x32_epi32(cv, order));  // U 0-7 V 0-7 | U 8-15 V 8-15
-        const __m256i uv = _mm256_permute4x64_epi64(c, 0xD8);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(u + k), _mm256_castsi256_si128(uv));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(v + k), _mm256_extracti128_si256(uv, 1));
+        auto chroma = [&](__m256i sum, int w) {
+            return _mm256_mulhi_epi16(_mm256_sub_epi16(_mm256_avg_epu16(sum, zero), meanS), k16(w));
+        };
+        const __m256i c = _mm256_xor_si256(
+            _mm256_packs_epi16(chroma(_mm256_unpacklo_epi64(columns[0], columns[1]), FormE::kU),
+                               chroma(_mm256_unpackhi_epi64(columns[0], columns[1]), FormE::kV)),
+            _mm256_set1_epi8(char(0x80)));
+        const __m128i lo = _mm256_castsi256_si128(c), hi = _mm256_extracti128_si256(c, 1);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(u + k), _mm_unpacklo_epi16(lo, hi));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(v + k), _mm_unpackhi_epi16(lo, hi));
     }
 }
 

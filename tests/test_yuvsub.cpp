@@ -493,6 +493,34 @@ TEST(YuvSub, RgbToYuvVectorPathsMatchScalarForms)
     }
 }
 
+// The four-byte-pixel blocks split each pixel's channels by masks, shifts and
+// byte multiply-adds at eight places in a register. Every value of every
+// channel at every place of a register, in both rows of a square, by the
+// vector path against the scalar form; 255 in all channels for the largest
+// sums.
+TEST(YuvSub, BgraBlocksTakeEveryChannelValueAtEveryPlace)
+{
+    const Fwd& m = forwardMember("BGRToYUV420_8u_AC4P3R");
+    const int w = 256, h = 18;
+    FwdFrame v(m, {w, h, 0, 0, false, 0}), s(m, {w, h, 0, 0, false, 0});
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) {
+            uint8_t* p = v.src[0]->row(y) + 4 * x;
+            const bool white = y >= 16 && x < 64;
+            p[0] = white ? 255 : uint8_t(x + 31 * y);
+            p[1] = white ? 255 : uint8_t(3 * x + 5 * y);
+            p[2] = white ? 255 : uint8_t(5 * x + 3 * y + 100);
+            p[3] = uint8_t(x ^ y);
+        }
+    s.src[0]->copyFrom(*v.src[0]);
+    ASSERT_EQ(v.run(m, {w, h}), orvStatusOk);
+    {
+        ScalarBlocks scalar;
+        ASSERT_EQ(s.run(m, {w, h}), orvStatusOk);
+    }
+    EXPECT_EQ(v.pixels(), s.pixels());
+}
+
 // Two pixel colours in turn along 35 pixels: pixels 0-31 take the block
 // form, pairs 32-33 the tail form, and pixel 34 (the first colour) the
 // lone-pixel form in 4:2:2. The two colours tell the forms apart in Y, U

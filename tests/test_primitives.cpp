@@ -319,6 +319,8 @@ TEST(Statistics, SumsOfWideRowsMatchTheInOrderForm)
         // Fine low bits in the sums, then runs of coarse elements.
         {"steps", [&](int i) { return (i / 256) % 3 ? float(int(unit(rng) * 1000.0f)) * 4096.0f : unit(rng); }},
         {"edges", [&](int i) { return i % 256 < 4 ? 0.5f + unit(rng) : float(1 << (i % 24)); }},
+        // Runs without negative elements first, then signed ones.
+        {"late signs", [&](int i) { return i < 1100 ? unit(rng) * 100.0f : unit(rng) - 0.5f; }},
     };
     for (const auto& [name, gen] : kinds)
         for (uint32_t mode : {kRoundNearest, kRoundDown, kRoundUp, kRoundTowardZero})
@@ -342,16 +344,16 @@ TEST(Statistics, SumsRoundStepByStepAsTheyGrow)
     // One running sum gets 1 + 2^-40 + 1.75 * 2^-42, then 2^11 and 2^12: in
     // order the low bits round to 2^-41 and then, a tie, up to 2^-39; added
     // at once they would round down to 2^-40.
-    std::vector<float> v(2 * 256, 0.0f);
+    std::vector<float> v(2 * 260, 0.0f);
     v[0] = 1.0f;
     v[4] = 0x1p-40f;
     v[8] = 0x1p-42f;
     v[12] = 0x1p-43f;
     v[16] = 0x1p-44f;
-    v[256] = 2048.0f;
-    v[260] = 4096.0f;
+    v[260] = 2048.0f;
+    v[264] = 4096.0f;
     double s = 0;
-    ASSERT_EQ(orviSum_32f_C1R(v.data(), 4 * 256, {256, 2}, &s, 1), orvStatusOk);
+    ASSERT_EQ(orviSum_32f_C1R(v.data(), 4 * 260, {260, 2}, &s, 1), orvStatusOk);
     EXPECT_EQ(s, 6145.0 + 0x1p-39);
 }
 

@@ -279,13 +279,30 @@ struct RgbToGray32f {
     void block(const Src* s, Dst* d) const { *d = lumaFused(s[0], s[1], s[2], w); }
     void tail(const Src* s, Dst* d) const { *d = lumaFused(s[0], s[1], s[2], w); }
 
+    bool stream = false;  // streaming stores where the destination is aligned
+
+    // With streaming stores, single pixels (same arithmetic) up to the first
+    // destination address aligned to 32 bytes and after the last whole 8.
     void vector(const Src* s, Dst* d, int n) const
     {
-        for (int i = 0; i < n; i += 8, s += 8 * Ch, d += 8) {
+        int i = 0;
+        const bool aligned = stream && reinterpret_cast<uintptr_t>(d) % 4 == 0;
+        if (aligned) {
+            for (; i < n && reinterpret_cast<uintptr_t>(d) % 32 != 0; ++i, s += Ch, ++d)
+                block(s, d);
+            for (; i + 8 <= n; i += 8, s += 8 * Ch, d += 8) {
+                __m256 r, g, b;
+                load8<float, Ch>(s, r, g, b);
+                _mm256_stream_ps(d, lumaFused(r, g, b, w));
+            }
+        }
+        for (; i + 8 <= n; i += 8, s += 8 * Ch, d += 8) {
             __m256 r, g, b;
             load8<float, Ch>(s, r, g, b);
             _mm256_storeu_ps(d, lumaFused(r, g, b, w));
         }
+        for (; i < n; ++i, s += Ch, ++d)
+            block(s, d);
     }
 };
 
@@ -460,6 +477,25 @@ OrvStatus convertRows(const K& k, const typename K::Src* src, int srcStep, typen
     return orvStatusOk;
 }
 
+// 32f: streaming stores from a destination of 1 MiB on. The output is read
+// from the cache by nobody before the call returns, and ordinary stores first
+// read every destination line; measured here (one thread, C3, old against
+// streaming in the same run, medians of 7 rounds): 640x480 0.064 -> 0.060 ms,
+// 1280x720 0.223 -> 0.189, 1920x1080 0.802 -> 0.622, 3840x2160 4.11 -> 3.16;
+// 512x512 (1 MiB) 0.058 -> 0.055; 128x128 the same.
+template <int Ch>
+OrvStatus convertRows32f(Weights32f w, const float* src, int srcStep, float* dst, int dstStep, RoiSize roi)
+{
+    if (OrvStatus st = checkRect(src, dst, roi))
+        return st;
+    RgbToGray32f<Ch> k{w};
+    k.stream = 4LL * roi.width * roi.height >= (1LL << 20);
+    rowsSerial(k, src, srcStep, dst, dstStep, roi.width, roi.height);
+    if (k.stream)
+        _mm_sfence();
+    return orvStatusOk;
+}
+
 // 16s takes its steps in elements: an odd byte step rounds down to even.
 template <int Ch>
 OrvStatus myRGBToGray16s(const int16_t* src, int srcStep, int16_t* dst, int dstStep, RoiSize roi, Weights32f w)
@@ -542,11 +578,11 @@ ORV_FRONT(orviRGBToGray_16s_AC4C1R)(const Orv16s* pSrc, int srcStep, Orv16s* pDs
 }
 ORV_FRONT(orviRGBToGray_32f_C3C1R)(const Orv32f* pSrc, int srcStep, Orv32f* pDst, int dstStep, RoiSize roiSize)
 {
-    return convertRows(RgbToGray32f<3>{kGray32f}, pSrc, srcStep, pDst, dstStep, roiSize);
+    return convertRows32f<3>(kGray32f, pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ORV_FRONT(orviRGBToGray_32f_AC4C1R)(const Orv32f* pSrc, int srcStep, Orv32f* pDst, int dstStep, RoiSize roiSize)
 {
-    return convertRows(RgbToGray32f<4>{kGray32f}, pSrc, srcStep, pDst, dstStep, roiSize);
+    return convertRows32f<4>(kGray32f, pSrc, srcStep, pDst, dstStep, roiSize);
 }
 
 // ---- caller's weights (null selects the fixed ones) --------------------------
@@ -587,12 +623,12 @@ ORV_FRONT(orviColorToGray_16s_AC4C1R)(const Orv16s* pSrc, int srcStep, Orv16s* p
 ORV_FRONT(orviColorToGray_32f_C3C1R)(const Orv32f* pSrc, int srcStep, Orv32f* pDst, int dstStep, RoiSize roiSize,
                                      const Orv32f coeffs[3])
 {
-    return convertRows(RgbToGray32f<3>{userWeights(coeffs)}, pSrc, srcStep, pDst, dstStep, roiSize);
+    return convertRows32f<3>(userWeights(coeffs), pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ORV_FRONT(orviColorToGray_32f_AC4C1R)(const Orv32f* pSrc, int srcStep, Orv32f* pDst, int dstStep, RoiSize roiSize,
                                       const Orv32f coeffs[3])
 {
-    return convertRows(RgbToGray32f<4>{userWeights(coeffs)}, pSrc, srcStep, pDst, dstStep, roiSize);
+    return convertRows32f<4>(userWeights(coeffs), pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ORV_FRONT(orviColorToGray_64f_C3C1R)(const Orv64f* pSrc, int srcStep, Orv64f* pDst, int dstStep, RoiSize roiSize,
                                      const Orv64f coeffs[3])

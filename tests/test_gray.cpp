@@ -78,6 +78,34 @@ std::vector<Orv8u> gray8(int width, Orv8u r, Orv8u g, Orv8u b)
     return dst;
 }
 
+// Float destinations of a mebibyte or more take streaming stores from the
+// first 32-byte boundary of each row: the same values as the scalar form
+// whatever the row's alignment, and nothing written outside the rectangle.
+TEST(Gray, LargeFloatImagesGiveTheSameValues)
+{
+    std::mt19937 rng(9);
+    const RoiSize roi{515, 510};  // 1 MiB of destination and a little more
+    for (int ch : {3, 4}) {
+        SCOPED_TRACE(ch);
+        GuardedImage src = makeImage(roi.width, roi.height, 4 * ch, 8, false, 0);
+        GuardedImage dv = makeImage(roi.width, roi.height, 4, 4, ch == 4, 4);
+        GuardedImage ds = makeImage(roi.width, roi.height, 4, 4, ch == 4, 4);
+        src.fill<float>(rng, -1, 2);
+        auto call = [&](GuardedImage& d) {
+            return ch == 3 ? orviRGBToGray_32f_C3C1R(src.data<float>(), src.step(), d.data<float>(), d.step(), roi)
+                           : orviColorToGray_32f_AC4C1R(src.data<float>(), src.step(), d.data<float>(), d.step(), roi,
+                                                        kUser);
+        };
+        ASSERT_EQ(call(dv), orvStatusOk);
+        {
+            ScalarBlocks scalar;
+            ASSERT_EQ(call(ds), orvStatusOk);
+        }
+        EXPECT_TRUE(dv.guardsIntact());
+        EXPECT_EQ(dv.pixels(), ds.pixels());
+    }
+}
+
 TEST(Gray, EightBitBlocksAndTailDifferWhereTheRowSplits)
 {
     // (0,5,5) is 3 by the block form and 4 by the tail form; (0,60,20) 37 and 38.

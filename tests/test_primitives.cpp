@@ -317,12 +317,14 @@ TEST(Statistics, SumsOfWideRowsMatchTheInOrderForm)
         {"special", [&](int i) { return i == 700 ? inf : i == 1500 ? nan : unit(rng); }},
         {"cancel", [&](int i) { return (i / 4) % 2 ? -float(i % 61) * 0.25f : float(i % 61) * 0.25f; }},
         // Fine low bits in the sums, then runs of coarse elements.
-        {"steps", [&](int i) { return (i / 128) % 3 ? float(int(unit(rng) * 1000.0f)) * 4096.0f : unit(rng); }},
-        {"edges", [&](int i) { return i % 128 < 4 ? 0.5f + unit(rng) : float(1 << (i % 24)); }},
+        {"steps", [&](int i) { return (i / 256) % 3 ? float(int(unit(rng) * 1000.0f)) * 4096.0f : unit(rng); }},
+        {"edges", [&](int i) { return i % 256 < 4 ? 0.5f + unit(rng) : float(1 << (i % 24)); }},
+        // Runs without negative elements first, then signed ones.
+        {"late signs", [&](int i) { return i < 1100 ? unit(rng) * 100.0f : unit(rng) - 0.5f; }},
     };
     for (const auto& [name, gen] : kinds)
         for (uint32_t mode : {kRoundNearest, kRoundDown, kRoundUp, kRoundTowardZero})
-            for (RoiSize roi : {RoiSize{128, 3}, RoiSize{300, 7}, RoiSize{1027, 5}}) {
+            for (RoiSize roi : {RoiSize{256, 3}, RoiSize{600, 7}, RoiSize{1027, 5}}) {
                 std::vector<float> v(std::size_t(roi.width) * roi.height);
                 for (std::size_t i = 0; i < v.size(); ++i)
                     v[i] = gen(int(i));
@@ -342,16 +344,16 @@ TEST(Statistics, SumsRoundStepByStepAsTheyGrow)
     // One running sum gets 1 + 2^-40 + 1.75 * 2^-42, then 2^11 and 2^12: in
     // order the low bits round to 2^-41 and then, a tie, up to 2^-39; added
     // at once they would round down to 2^-40.
-    std::vector<float> v(2 * 128, 0.0f);
+    std::vector<float> v(2 * 260, 0.0f);
     v[0] = 1.0f;
     v[4] = 0x1p-40f;
     v[8] = 0x1p-42f;
     v[12] = 0x1p-43f;
     v[16] = 0x1p-44f;
-    v[128] = 2048.0f;
-    v[132] = 4096.0f;
+    v[260] = 2048.0f;
+    v[264] = 4096.0f;
     double s = 0;
-    ASSERT_EQ(orviSum_32f_C1R(v.data(), 4 * 128, {128, 2}, &s, 1), orvStatusOk);
+    ASSERT_EQ(orviSum_32f_C1R(v.data(), 4 * 260, {260, 2}, &s, 1), orvStatusOk);
     EXPECT_EQ(s, 6145.0 + 0x1p-39);
 }
 

@@ -52,6 +52,10 @@ void mapRow(const float* s, uint8_t* d, int width, float gain)
         const __m256 g = _mm256_set1_ps(gain);
         const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
         for (; x + 32 <= width; x += 32) {
+            // The two lines 1 KiB ahead (hints only, never a fault or a read
+            // for the program): 0.360 -> 0.346 ms for a 1920x1080 mean map.
+            _mm_prefetch(reinterpret_cast<const char*>(s + x) + 1024, _MM_HINT_T0);
+            _mm_prefetch(reinterpret_cast<const char*>(s + x) + 1088, _MM_HINT_T0);
             const __m256i a = Form::lanes(_mm256_loadu_ps(s + x), g);
             const __m256i b = Form::lanes(_mm256_loadu_ps(s + x + 8), g);
             const __m256i c = Form::lanes(_mm256_loadu_ps(s + x + 16), g);

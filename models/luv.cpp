@@ -326,10 +326,10 @@ inline void rgbFused(F X, F Y, F Z, F (&o)[3])
 // Group form of the 8-pixel members (8u and 32f C3), on the scale 0..1. Only
 // L of (nearly) 0 takes the linear segment. 32f results are not clamped.
 // In two halves, so that the vector path can run them as separate passes:
-// the first takes L, u, v to Y and the chromaticity terms a, b (b moved off
-// zero), the second the reciprocal of b, X, Z and the matrix.
+// the first takes L, u, v to Y, the chromaticity term a and the reciprocal q
+// of the term b (b moved off zero first), the second X, Z and the matrix.
 template <class T, class F>
-inline void rgbEightFirst(F L, F U, F V, F& a, F& b, F& Y)
+inline void rgbEightFirst(F L, F U, F V, F& a, F& q, F& Y)
 {
     constexpr bool k8u = std::is_same_v<T, uint8_t>;
     const auto z = le(L, F(kBlackL));
@@ -348,16 +348,16 @@ inline void rgbEightFirst(F L, F U, F V, F& a, F& b, F& Y)
     }
     const F r = k8u ? rcp(F(13.0f) * Lp) : rcpRefined(F(13.0f) * Lp);
     a = fmadd(u, r, F(kUn));
-    b = fmadd(v, r, F(kVn));
+    F b = fmadd(v, r, F(kVn));
     Y = select(z, Lp * F(0.001107052f), (P * P) * P);
     b = select(le(absps(b), F(1.1920929e-05f)), b + F(9e-05f), b);
+    q = k8u ? rcp(b) : rcpRefined(b);
 }
 
 template <class T, class F>
-inline void rgbEightSecond(F a, F b, F Y, F (&o)[3])
+inline void rgbEightSecond(F a, F q, F Y, F (&o)[3])
 {
     constexpr bool k8u = std::is_same_v<T, uint8_t>;
-    const F q = k8u ? rcp(b) : rcpRefined(b);
     const F X = a * ((q * Y) * F(2.25f));
     const F Z = fnmadd(X, F(0.33333334f), fmsub(q, F(3.0f), F(5.0f)) * Y);
     rgbFused(X, Y, Z, o);
@@ -369,9 +369,9 @@ inline void rgbEightSecond(F a, F b, F Y, F (&o)[3])
 template <class T, class F>
 inline void rgbGroupEight(F L, F U, F V, F (&o)[3])
 {
-    F a, b, Y;
-    rgbEightFirst<T>(L, U, V, a, b, Y);
-    rgbEightSecond<T>(a, b, Y, o);
+    F a, q, Y;
+    rgbEightFirst<T>(L, U, V, a, q, Y);
+    rgbEightSecond<T>(a, q, Y, o);
 }
 
 // Group form of the 4-pixel members (8u AC4, 16u, 16s), on the full scale.
@@ -558,9 +558,8 @@ struct LuvToRgb {
 
     // Flattened: left to itself the compiler calls the group arithmetic and
     // the table lookup out of line, passing every register through memory.
-    // The 8-pixel members go over runs of 64 pixels (see inRuns): a, b and Y
-    // of the whole run first, then the reciprocal of b, X, Z, the matrix and
-    // the stores. One pass from load to store chains two reciprocals with
+    // The 8-pixel members go over runs of 64 pixels (see inRuns): a, q and Y
+    // of the whole run first, then X, Z, the matrix and the stores. One pass from load to store chains two reciprocals with
     // their Newton steps, the cube and the matrix, too long for the
     // processor to keep more than about two groups in flight; the halves
     // overlap across groups. The arithmetic is that of block().
@@ -568,13 +567,13 @@ struct LuvToRgb {
     {
         if constexpr (kEight) {
             constexpr int kRun = 64;
-            alignas(32) float t[kRun / 8][3][8];  // a, b, Y
+            alignas(32) float t[kRun / 8][3][8];  // a, q, Y
             auto first = [&](const Src* s8, int g) {
-                F8 in[3], a, b, Y;
+                F8 in[3], a, q, Y;
                 loadPixels8<T, Ch>(s8, in);
-                rgbEightFirst<T>(in[0], in[1], in[2], a, b, Y);
+                rgbEightFirst<T>(in[0], in[1], in[2], a, q, Y);
                 _mm256_store_ps(t[g][0], a.v);
-                _mm256_store_ps(t[g][1], b.v);
+                _mm256_store_ps(t[g][1], q.v);
                 _mm256_store_ps(t[g][2], Y.v);
             };
             auto second = [&](int g, Dst* d8) {

@@ -97,22 +97,33 @@ inline IntOf<F> luvIndex(F Y)
         return index01(Y, std::is_same_v<T, uint8_t> ? powluv::kShortSize : powluv::kLongSize);
 }
 
-// Group form, the rest: L from Y and its pair (c, rb), looked up and
+// Y on the scale of the table: 0..1.
+template <class T, class F>
+inline F luvUnitY(F Y)
+{
+    return kWide<T> ? Y * F(kToUnit16) : Y;
+}
+
+// The offset of Y from the point of its pair (c, rb) in the table.
+template <class T, class F>
+inline F luvOffset(F Y, F c, F rb)
+{
+    return offsetFused(luvUnitY<T>(Y), c, rb);
+}
+
+// Group form, the rest: L from Y, the c of its pair and the offset d,
 // computed for every pixel, linear or not; u and v.
 template <class T, class F>
-inline void luvLightness(F Y, F c, F rb, F du, F dv, F& L, F& u, F& v)
+inline void luvLightness(F Y, F c, F d, F du, F dv, F& L, F& u, F& v)
 {
-    F Yn, root;
-    if constexpr (kWide<T>) {
-        Yn = Y * F(kToUnit16);
-        root = c * series6(offsetFused(Yn, c, rb));
-    } else if constexpr (std::is_same_v<T, uint8_t>) {
-        Yn = Y;
-        root = rootHorner4(offsetFused(Yn, c, rb), c, powluv::k5);
-    } else {
-        Yn = Y;
-        root = c * series8(offsetFused(Yn, c, rb));
-    }
+    const F Yn = luvUnitY<T>(Y);
+    F root;
+    if constexpr (kWide<T>)
+        root = c * series6(d);
+    else if constexpr (std::is_same_v<T, uint8_t>)
+        root = rootHorner4(d, c, powluv::k5);
+    else
+        root = c * series8(d);
     const auto linear = kWide<T> ? le(Y, F(580.37799f)) : le(Y, F(0.008856f));
     L = select(linear, Yn * F(903.3f), fmsub(root, F(116.0f), F(16.0f)));
     u = (L * F(13.0f)) * du;
@@ -126,7 +137,7 @@ inline void luvGroup(F r, F g, F b, F& L, F& u, F& v)
     F Y, du, dv, c, rb;
     luvChroma<T, RaiseZeroOnly>(r, g, b, Y, du, dv);
     lookup(luvTable<T>(), luvIndex<T>(Y), c, rb);
-    luvLightness<T>(Y, c, rb, du, dv, L, u, v);
+    luvLightness<T>(Y, c, luvOffset<T>(Y, c, rb), du, dv, L, u, v);
 }
 
 // Stored values of the group form; integers are saturated by the store.
@@ -253,16 +264,20 @@ struct RgbToLuv {
         luvTail<T>(in[kR], in[1], in[kB], d);
     }
 
-    // Two passes over runs of 64 pixels (see inRuns): Y, the chromaticity
-    // offsets and the table index first, then the lookup, L, u, v and the
-    // stores. The arithmetic is that of block(). Flattened: left to itself
-    // the compiler calls the group arithmetic and the table lookup out of
-    // line, passing every register through memory.
+    // Passes over runs of 64 pixels (see inRuns): Y, the chromaticity
+    // offsets and the table index first; then, one group ahead of the rest,
+    // the lookup and the offset from the table's point; then the series, L,
+    // u, v and the stores. The table loads of one group thus go on while the
+    // series of the one before fills the multipliers. The arithmetic is that
+    // of block(). Flattened: left to itself the compiler calls the group
+    // arithmetic and the table lookup out of line, passing every register
+    // through memory.
     [[gnu::flatten]] void vector(const Src* s, Dst* d, int n) const
     {
         constexpr int kRun = 64;
         alignas(32) float y[kRun / 8][3][8];  // Y, u' - u'n, v' - v'n
         alignas(32) uint64_t at[kRun / 8][4];
+        alignas(32) float cd[kRun / 8][2][8];  // c and the offset
         auto first = [&](const Src* s8, int g) {
             F8 in[3], Y, du, dv;
             loadPixels8<T, Ch>(s8, in);
@@ -272,11 +287,16 @@ struct RgbToLuv {
             _mm256_store_ps(y[g][2], dv.v);
             _mm256_store_si256(reinterpret_cast<__m256i*>(at[g]), luvIndex<T>(Y).v);
         };
-        auto second = [&](int g, Dst* d8) {
-            F8 c, rb, L, u, v;
+        auto middle = [&](int g) {
+            F8 c, rb;
             lookupAt(luvTable<T>(), at[g], c, rb);
-            luvLightness<T>(F8(_mm256_load_ps(y[g][0])), c, rb, F8(_mm256_load_ps(y[g][1])),
-                            F8(_mm256_load_ps(y[g][2])), L, u, v);
+            _mm256_store_ps(cd[g][0], c.v);
+            _mm256_store_ps(cd[g][1], luvOffset<T>(F8(_mm256_load_ps(y[g][0])), c, rb).v);
+        };
+        auto second = [&](int g, Dst* d8) {
+            F8 L, u, v;
+            luvLightness<T>(F8(_mm256_load_ps(y[g][0])), F8(_mm256_load_ps(cd[g][0])), F8(_mm256_load_ps(cd[g][1])),
+                            F8(_mm256_load_ps(y[g][1])), F8(_mm256_load_ps(y[g][2])), L, u, v);
             if constexpr (std::is_same_v<T, float>) {
                 storePixels8<Ch>(d8, {L, u, v});
             } else {
@@ -285,7 +305,7 @@ struct RgbToLuv {
                 storePixels8<T, Ch>(d8, o);
             }
         };
-        inRuns<kRun, Ch, Ch>(s, d, n, first, second);
+        inRuns<kRun, Ch, Ch>(s, d, n, first, middle, second);
     }
 };
 
@@ -305,8 +325,11 @@ inline void rgbFused(F X, F Y, F Z, F (&o)[3])
 
 // Group form of the 8-pixel members (8u and 32f C3), on the scale 0..1. Only
 // L of (nearly) 0 takes the linear segment. 32f results are not clamped.
+// In two halves, so that the vector path can run them as separate passes:
+// the first takes L, u, v to Y, the chromaticity term a and the reciprocal q
+// of the term b (b moved off zero first), the second X, Z and the matrix.
 template <class T, class F>
-inline void rgbGroupEight(F L, F U, F V, F (&o)[3])
+inline void rgbEightFirst(F L, F U, F V, F& a, F& q, F& Y)
 {
     constexpr bool k8u = std::is_same_v<T, uint8_t>;
     const auto z = le(L, F(kBlackL));
@@ -324,17 +347,31 @@ inline void rgbGroupEight(F L, F U, F V, F (&o)[3])
         P = (L1 + F(16.0f)) * F(0.00862069f);
     }
     const F r = k8u ? rcp(F(13.0f) * Lp) : rcpRefined(F(13.0f) * Lp);
-    const F a = fmadd(u, r, F(kUn));
+    a = fmadd(u, r, F(kUn));
     F b = fmadd(v, r, F(kVn));
-    const F Y = select(z, Lp * F(0.001107052f), (P * P) * P);
+    Y = select(z, Lp * F(0.001107052f), (P * P) * P);
     b = select(le(absps(b), F(1.1920929e-05f)), b + F(9e-05f), b);
-    const F q = k8u ? rcp(b) : rcpRefined(b);
+    q = k8u ? rcp(b) : rcpRefined(b);
+}
+
+template <class T, class F>
+inline void rgbEightSecond(F a, F q, F Y, F (&o)[3])
+{
+    constexpr bool k8u = std::is_same_v<T, uint8_t>;
     const F X = a * ((q * Y) * F(2.25f));
     const F Z = fnmadd(X, F(0.33333334f), fmsub(q, F(3.0f), F(5.0f)) * Y);
     rgbFused(X, Y, Z, o);
     if constexpr (k8u)
         for (auto& c : o)
             c = c * F(255.0f);
+}
+
+template <class T, class F>
+inline void rgbGroupEight(F L, F U, F V, F (&o)[3])
+{
+    F a, q, Y;
+    rgbEightFirst<T>(L, U, V, a, q, Y);
+    rgbEightSecond<T>(a, q, Y, o);
 }
 
 // Group form of the 4-pixel members (8u AC4, 16u, 16s), on the full scale.
@@ -504,24 +541,56 @@ struct LuvToRgb {
         }
     }
 
+    template <class F>
+    static void store8(const F (&o)[3], Dst* d8)
+    {
+        F out[3];
+        ordered(o, out);
+        if constexpr (std::is_same_v<T, float>) {
+            storePixels8<Ch>(d8, out);
+        } else {
+            I8 q[3];
+            for (int k = 0; k < 3; ++k)
+                q[k] = kEight ? nearestI(out[k]) : truncI(out[k]);
+            storePixels8<T, Ch>(d8, q);
+        }
+    }
+
     // Flattened: left to itself the compiler calls the group arithmetic and
     // the table lookup out of line, passing every register through memory.
+    // The 8-pixel members go over runs of 64 pixels (see inRuns): a, q and Y
+    // of the whole run first, then X, Z, the matrix and the stores. One pass from load to store chains two reciprocals with
+    // their Newton steps, the cube and the matrix, too long for the
+    // processor to keep more than about two groups in flight; the halves
+    // overlap across groups. The arithmetic is that of block().
     [[gnu::flatten]] void vector(const Src* s, Dst* d, int n) const
     {
-        inEights<Ch, Ch>(s, d, n, [](const Src* s8, Dst* d8) {
-            F8 in[3], o[3], out[3];
-            loadPixels8<T, Ch>(s8, in);
-            group(in, o);
-            ordered(o, out);
-            if constexpr (std::is_same_v<T, float>) {
-                storePixels8<Ch>(d8, out);
-            } else {
-                I8 q[3];
-                for (int k = 0; k < 3; ++k)
-                    q[k] = kEight ? nearestI(out[k]) : truncI(out[k]);
-                storePixels8<T, Ch>(d8, q);
-            }
-        });
+        if constexpr (kEight) {
+            constexpr int kRun = 64;
+            alignas(32) float t[kRun / 8][3][8];  // a, q, Y
+            auto first = [&](const Src* s8, int g) {
+                F8 in[3], a, q, Y;
+                loadPixels8<T, Ch>(s8, in);
+                rgbEightFirst<T>(in[0], in[1], in[2], a, q, Y);
+                _mm256_store_ps(t[g][0], a.v);
+                _mm256_store_ps(t[g][1], q.v);
+                _mm256_store_ps(t[g][2], Y.v);
+            };
+            auto second = [&](int g, Dst* d8) {
+                F8 o[3];
+                rgbEightSecond<T>(F8(_mm256_load_ps(t[g][0])), F8(_mm256_load_ps(t[g][1])),
+                                  F8(_mm256_load_ps(t[g][2])), o);
+                store8(o, d8);
+            };
+            inRuns<kRun, Ch, Ch>(s, d, n, first, second);
+        } else {
+            inEights<Ch, Ch>(s, d, n, [](const Src* s8, Dst* d8) {
+                F8 in[3], o[3];
+                loadPixels8<T, Ch>(s8, in);
+                group(in, o);
+                store8(o, d8);
+            });
+        }
     }
 };
 

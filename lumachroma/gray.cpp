@@ -286,21 +286,19 @@ struct RgbToGray32f {
     void vector(const Src* s, Dst* d, int n) const
     {
         int i = 0;
-        const bool aligned = stream && reinterpret_cast<uintptr_t>(d) % 4 == 0;
-        if (aligned) {
-            for (; i < n && reinterpret_cast<uintptr_t>(d) % 32 != 0; ++i, s += Ch, ++d)
-                block(s, d);
+        auto eights = [&](auto store) {
             for (; i + 8 <= n; i += 8, s += 8 * Ch, d += 8) {
                 __m256 r, g, b;
                 load8<float, Ch>(s, r, g, b);
-                _mm256_stream_ps(d, lumaFused(r, g, b, w));
+                store(d, lumaFused(r, g, b, w));
             }
+        };
+        if (stream && reinterpret_cast<uintptr_t>(d) % 4 == 0) {
+            for (; i < n && reinterpret_cast<uintptr_t>(d) % 32 != 0; ++i, s += Ch, ++d)
+                block(s, d);
+            eights([](float* p, __m256 v) { _mm256_stream_ps(p, v); });
         }
-        for (; i + 8 <= n; i += 8, s += 8 * Ch, d += 8) {
-            __m256 r, g, b;
-            load8<float, Ch>(s, r, g, b);
-            _mm256_storeu_ps(d, lumaFused(r, g, b, w));
-        }
+        eights([](float* p, __m256 v) { _mm256_storeu_ps(p, v); });
         for (; i < n; ++i, s += Ch, ++d)
             block(s, d);
     }

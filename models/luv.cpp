@@ -559,10 +559,11 @@ struct LuvToRgb {
     // Flattened: left to itself the compiler calls the group arithmetic and
     // the table lookup out of line, passing every register through memory.
     // The 8-pixel members go over runs of 64 pixels (see inRuns): a, q and Y
-    // of the whole run first, then X, Z, the matrix and the stores. One pass from load to store chains two reciprocals with
-    // their Newton steps, the cube and the matrix, too long for the
-    // processor to keep more than about two groups in flight; the halves
-    // overlap across groups. The arithmetic is that of block().
+    // of the whole run first, then X, Z, the matrix and the stores. One pass
+    // from load to store chains two reciprocals with their Newton steps, the
+    // cube and the matrix, too long for the processor to keep more than about
+    // two groups in flight; the halves overlap across groups. The arithmetic
+    // is that of block().
     [[gnu::flatten]] void vector(const Src* s, Dst* d, int n) const
     {
         if constexpr (kEight) {

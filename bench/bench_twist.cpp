@@ -94,6 +94,46 @@ void registerTwist()
     registerPeer("ColorTwist32f_8u_C3R/opencv", transform(CV_8UC3, 1));
     registerPeer("ColorTwist_32f_C3R/opencv", transform(CV_32FC3, 4));
 #endif
+
+    // The float members in turns with their peers, and with each store
+    // policy forced, on the same buffers.
+    for (int ch : {3, 4}) {
+        const std::string name = ch == 3 ? "ColorTwist_32f_C3R/turns" : "ColorTwist_32f_C4R/turns";
+        benchmark::RegisterBenchmark(name.c_str(), [ch](benchmark::State& state) {
+            const std::size_t bytes = std::size_t(kWidth) * kHeight * ch * 4;
+            Buffer src(bytes, 1, Fill::Float01), dst(bytes, 2, Fill::Float01);
+            const float* s = src.as<float>();
+            float* d = dst.as<float>();
+            const int step = kWidth * ch * 4;
+            auto ours = [=](int policy) {
+                return [=] {
+                    h9::g_streamStores = policy;
+                    if (ch == 3)
+                        orviColorTwist_32f_C3R(s, step, d, step, {kWidth, kHeight}, kTwist);
+                    else
+                        orviColorTwist_32f_C4R(s, step, d, step, {kWidth, kHeight}, kTwist4);
+                    h9::g_streamStores = 0;
+                };
+            };
+            std::vector<Contender> contenders = {{"ours", ours(0)},
+                                                 {"ordinary", ours(-1)},
+                                                 {"streaming", ours(1)},
+                                                 {"memcpy", [=] { std::memcpy(d, s, bytes); }}};
+#ifdef ORVCC_HAVE_OPENCV
+            cv::setNumThreads(1);
+            const cv::Mat sm(kHeight, kWidth, CV_32FC3, const_cast<float*>(s));
+            cv::Mat dm(kHeight, kWidth, CV_32FC3, d);
+            const cv::Mat m(3, 4, CV_32F, const_cast<float*>(&kTwist[0][0]));
+            if (ch == 3)
+                contenders.push_back({"opencv", [=]() mutable { cv::transform(sm, dm, m); }});
+#endif
+            runInTurns(state, contenders);
+#ifdef ORVCC_HAVE_OPENCV
+            cv::setNumThreads(-1);
+#endif
+            reportPixels(state, 1LL * kWidth * kHeight);
+        })->Unit(benchmark::kMillisecond)->UseRealTime();
+    }
 }
 
 const Registrar registrar(registerTwist);

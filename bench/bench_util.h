@@ -5,6 +5,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <functional>
@@ -170,6 +172,45 @@ inline void registerMemcpy(const std::string& name, int pixelBytes)
             benchmark::ClobberMemory();
         }
     });
+}
+
+// Several ways of doing one job timed in turns on the same buffers, for the
+// comparisons too close for rows that run minutes apart on a shared machine.
+// Each iteration gives every contender one turn, starting one further along
+// the list each time: one call that brings the cache to the state the
+// contender leaves it in (a streaming store policy keeps the source cached,
+// say), then one timed call. Reported per contender: the median of its timed
+// calls in milliseconds, as the counter "<label> ms".
+struct Contender {
+    std::string label;
+    std::function<void()> run;
+};
+
+inline void runInTurns(benchmark::State& state, const std::vector<Contender>& contenders)
+{
+    const std::size_t n = contenders.size();
+    std::vector<std::vector<double>> ms(n);
+    std::size_t first = 0;
+    for (auto _ : state) {
+        for (std::size_t k = 0; k < n; ++k) {
+            const Contender& c = contenders[(first + k) % n];
+            c.run();
+            benchmark::ClobberMemory();
+            const auto t0 = std::chrono::steady_clock::now();
+            c.run();
+            benchmark::ClobberMemory();
+            ms[(first + k) % n].push_back(
+                std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - t0).count());
+        }
+        first = (first + 1) % n;
+    }
+    for (std::size_t j = 0; j < n; ++j) {
+        std::vector<double>& v = ms[j];
+        if (v.empty())
+            continue;
+        std::nth_element(v.begin(), v.begin() + v.size() / 2, v.end());
+        state.counters[contenders[j].label + " ms"] = v[v.size() / 2];
+    }
 }
 
 // Families register themselves from static initialisers in their files.

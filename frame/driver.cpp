@@ -2,4 +2,5 @@
 
 namespace h9 {
 bool g_scalarBlocks = false;
+int g_streamStores = 0;
 }

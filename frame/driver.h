@@ -30,6 +30,18 @@ namespace h9 {
 // functions.
 extern bool g_scalarBlocks;
 
+// Test and benchmark switch, never set by the library itself: where a call
+// chooses between streaming and ordinary stores, 1 makes it stream, -1 makes
+// it store as usual, 0 leaves the choice to its rule. Either gives the same
+// bytes, so tests run both paths and benchmarks compare them.
+extern int g_streamStores;
+
+// A call's choice of streaming stores: its rule's, unless the switch says.
+inline bool streamStores(bool byRule)
+{
+    return g_streamStores != 0 ? g_streamStores > 0 : byRule;
+}
+
 // Row `row` of an image at `base` with a signed byte step.
 template <class T>
 inline T* rowAt(T* base, int step, int row)

@@ -487,7 +487,7 @@ OrvStatus convertRows32f(Weights32f w, const float* src, int srcStep, float* dst
     if (OrvStatus st = checkRect(src, dst, roi))
         return st;
     RgbToGray32f<Ch> k{w};
-    k.stream = 4LL * roi.width * roi.height >= (1LL << 20);
+    k.stream = streamStores(4LL * roi.width * roi.height >= (1LL << 20));
     rowsSerial(k, src, srcStep, dst, dstStep, roi.width, roi.height);
     if (k.stream)
         _mm_sfence();

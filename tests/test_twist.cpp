@@ -285,9 +285,8 @@ std::vector<float> laidOut(const std::vector<float>& px, int w, int h, int step,
     return out;
 }
 
-// Contiguous or row by row, ordinary or streaming stores, aligned or not:
-// the same values. 11664 x 1 and 972 x 12 are 34992 values, the largest
-// image with ordinary stores; one pixel more streams.
+// Contiguous or row by row, ordinary or streaming stores, aligned or not,
+// in place or not: the values of the scalar form.
 TEST(Twist, FloatPathsGiveTheSameValues)
 {
     auto c3 = [](const float* s, int ss, float* d, int ds, RoiSize r) {
@@ -297,27 +296,33 @@ TEST(Twist, FloatPathsGiveTheSameValues)
         return orviColorTwist_32f_C4R(s, ss, d, ds, r, kMix4);
     };
     std::mt19937 rng(3);
-    for (auto [w, h] : {std::pair{11664, 1}, std::pair{11665, 1}, std::pair{972, 12}, std::pair{973, 12},
-                        std::pair{5, 7}}) {
+    for (auto [w, h] : {std::pair{11665, 1}, std::pair{973, 12}, std::pair{64, 3}, std::pair{5, 7}}) {
         SCOPED_TRACE(std::to_string(w) + "x" + std::to_string(h));
         std::vector<float> px(size_t(4) * w * h);
         for (float& x : px)
             x = std::uniform_real_distribution<float>(-4, 4)(rng);
-        const auto ref3 = laidOut<3>(px, w, h, 3 * w, 0, 0, c3);
-        EXPECT_EQ(ref3, laidOut<3>(px, w, h, 3 * w + 4, 0, 0, c3));
-        EXPECT_EQ(ref3, laidOut<3>(px, w, h, 3 * w + 1, 1, 2, c3));
-        EXPECT_EQ(ref3, laidOut<3>(px, w, h, 3 * w, 3, 1, c3));
-        auto ip = std::vector<float>(px.begin(), px.begin() + 3 * w * h);
-        ASSERT_EQ(orviColorTwist_32f_C3IR(ip.data(), 12 * w, {w, h}, kMix32), orvStatusOk);
-        EXPECT_EQ(ref3, ip);
-        const auto ref4 = laidOut<4>(px, w, h, 4 * w, 0, 0, c4);
-        EXPECT_EQ(ref4, laidOut<4>(px, w, h, 4 * w + 4, 0, 0, c4));
-        EXPECT_EQ(ref4, laidOut<4>(px, w, h, 4 * w + 4, 0, 1, c4));
-        EXPECT_EQ(ref4, laidOut<4>(px, w, h, 4 * w, 2, 2, c4));
-        EXPECT_EQ(ref4, laidOut<4>(px, w, h, 4 * w + 1, 4, 4, c4));
-        ScalarBlocks scalar;
-        EXPECT_EQ(ref3, laidOut<3>(px, w, h, 3 * w, 0, 0, c3));
-        EXPECT_EQ(ref4, laidOut<4>(px, w, h, 4 * w, 0, 0, c4));
+        std::vector<float> ref3, ref4;
+        {
+            ScalarBlocks scalar;
+            ref3 = laidOut<3>(px, w, h, 3 * w, 0, 0, c3);
+            ref4 = laidOut<4>(px, w, h, 4 * w, 0, 0, c4);
+        }
+        for (bool stream : {false, true}) {
+            SCOPED_TRACE(stream ? "streaming" : "ordinary");
+            StreamStores policy(stream);
+            EXPECT_EQ(ref3, laidOut<3>(px, w, h, 3 * w, 0, 0, c3));
+            EXPECT_EQ(ref3, laidOut<3>(px, w, h, 3 * w + 4, 0, 0, c3));
+            EXPECT_EQ(ref3, laidOut<3>(px, w, h, 3 * w + 1, 1, 2, c3));
+            EXPECT_EQ(ref3, laidOut<3>(px, w, h, 3 * w, 3, 1, c3));
+            auto ip = std::vector<float>(px.begin(), px.begin() + 3 * w * h);
+            ASSERT_EQ(orviColorTwist_32f_C3IR(ip.data(), 12 * w, {w, h}, kMix32), orvStatusOk);
+            EXPECT_EQ(ref3, ip);
+            EXPECT_EQ(ref4, laidOut<4>(px, w, h, 4 * w, 0, 0, c4));
+            EXPECT_EQ(ref4, laidOut<4>(px, w, h, 4 * w + 4, 0, 0, c4));
+            EXPECT_EQ(ref4, laidOut<4>(px, w, h, 4 * w + 4, 0, 1, c4));
+            EXPECT_EQ(ref4, laidOut<4>(px, w, h, 4 * w, 2, 2, c4));
+            EXPECT_EQ(ref4, laidOut<4>(px, w, h, 4 * w + 1, 4, 4, c4));
+        }
     }
 }
 

@@ -574,18 +574,54 @@ struct Twist3 {
         store8<T, L>(d, i, r0, r1, r2, false);
     }
 
+    // 32f C3: the same look-ahead, two steps an iteration whose loads
+    // alternate between two sets of registers (no copies from one to the
+    // other), with the store kind fixed for the whole loop. In the cache
+    // 0.380 -> 0.371 ns a pixel.
+    template <bool Stream>
+    static void steps32fC3(const Splat& k, In s, Out d, int begin, int end)
+    {
+        auto step = [&](int i, __m256 a, __m256 b, __m256 c) {
+            store8<T, L>(d, i, twistSum(k, 0, a, b, c), twistSum(k, 1, a, b, c), twistSum(k, 2, a, b, c), Stream);
+        };
+        __m256 a, b, c, e, f, g;
+        load8<T, L>(s, begin, a, b, c);
+        int i = begin;
+        for (; i + 16 < end; i += 16) {
+            load8<T, L>(s, i + 8, e, f, g);
+            step(i, a, b, c);
+            load8<T, L>(s, i + 16, a, b, c);
+            step(i + 8, e, f, g);
+        }
+        if (i + 8 < end) {
+            load8<T, L>(s, i + 8, e, f, g);
+            step(i, a, b, c);
+            step(i + 8, e, f, g);
+        } else {
+            step(i, a, b, c);
+        }
+    }
+
     template <bool Bounded>
     void steps(In s, Out d, int begin, int end) const
     {
         if constexpr (kIsFloat<T> && L == Layout::AC4) {
             pairs(s, d, begin, end);
+        } else if constexpr (kIsFloat<T> && L == Layout::C3) {
+            if (begin >= end)
+                return;
+            if (stream)
+                steps32fC3<true>(Splat(m), s, d, begin, end);
+            else
+                steps32fC3<false>(Splat(m), s, d, begin, end);
         } else {
             // The next step's pixels are loaded (and shuffled and converted)
             // before this step's sums, so that each step's long chain of
             // dependent operations starts one step early: in the cache,
             // 1.52 -> 1.31 cycles a pixel for 8u C3, 0.64 -> 0.52 ns a pixel
-            // for 16u C3, 0.42 -> 0.35 for 32f C3. Planar floats, which only
-            // load and store around the sums, measured slower that way.
+            // for 16u C3, 0.42 -> 0.35 for 32f C3 (which has its own loop,
+            // above). Planar floats, which only load and store around the
+            // sums, measured slower that way.
             constexpr bool kAhead = !(kIsFloat<T> && L == Layout::P3);
             const Splat k(m);
             if constexpr (std::is_same_v<T, uint8_t> && L == Layout::C3) {
@@ -809,12 +845,14 @@ bool contiguous(int srcStep, int dstStep, RoiSize roi, int pixelBytes)
 }
 
 // Whether a 32f image of `values` floats is written with streaming stores:
-// where the destination outgrows the cache, else above 34992 values. The C4
-// member measured alike (3.74 ms streamed against 2.69 ms for its scalar form
-// with ordinary stores, 33 MB written); for C3 at 1920x1080 (25 MB each way)
-// the two measured the same within the noise of a shared machine (best of
-// 40: 1.035 and 1.013 ms, 0.863 and 0.896 ms, 0.979 and 0.980 ms, ordinary
-// first), so ordinary stores stay below the cache size.
+// where the destination outgrows the cache, else above 34992 values. Below
+// the cache size no size has been found where streaming wins reliably. At
+// 1920x1080 (C3 25 MB, C4 33 MB each way, one thread, both kinds timed in
+// turns on the same buffers) the streamed time over the ordinary one was,
+// for C3, 1.04, 0.93, 0.94, 0.96, 1.10, 0.98 in one set of runs and 1.00 to
+// 1.12 in another; for C4 0.91 to 0.93 in three runs, then 1.09 in a sweep
+// from 640x480 to 3840x2160 where C3 streamed was 1.04 to 1.15 times slower
+// at every size and C4 between 0.93 and 1.18.
 bool streamFloats(long long values)
 {
     return streamingPays(values * (long long)sizeof(float), values > 34992);

@@ -8,6 +8,7 @@
 
 #include <cstring>
 
+#include "frame/driver.h"
 #include "frame/primitives/primitives.h"
 
 namespace h9 {
@@ -540,8 +541,8 @@ bool streamingPays(long long bytes, bool otherwise)
 {
     int32_t cache = 0;
     if (orvGetMaxCacheSizeB(&cache) != 0)
-        return otherwise;
-    return bytes > cache;
+        return streamStores(otherwise);
+    return streamStores(bytes > cache);
 }
 
 }  // namespace h9

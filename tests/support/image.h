@@ -168,6 +168,14 @@ public:
     ~ScalarBlocks() { h9::g_scalarBlocks = false; }
 };
 
+// Makes every call that chooses between streaming and ordinary stores take
+// streaming (true) or ordinary (false) ones while alive.
+class StreamStores {
+public:
+    explicit StreamStores(bool on) { h9::g_streamStores = on ? 1 : -1; }
+    ~StreamStores() { h9::g_streamStores = 0; }
+};
+
 // Sets the library's thread count while alive.
 class ThreadCount {
 public:

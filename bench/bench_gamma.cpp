@@ -113,6 +113,14 @@ void registerRangePasses()
         }
     }
     registerMemcpy("GammaPass_32f/memcpy", 12);
+    // Both passes and the memcpy of their bytes in turns.
+    registerTurns("GammaPass_32f/turns", 12, 12, Fill::Float01, [](uint8_t* src, uint8_t* dst) {
+        const float* s = reinterpret_cast<const float*>(src);
+        float* d = reinterpret_cast<float*>(dst);
+        return std::vector<Contender>{{"subtraction", [=] { h9::orvsSubC_32f(s, 0.25f, d, int(kValues)); }},
+                                      {"addition", [=] { h9::orvsAddC_32f(s, 0.25f, d, int(kValues)); }},
+                                      memcpyContender(src, dst, 12, 12)};
+    });
 }
 
 // A 16u C3 member on a smooth frame: three gradients of different

@@ -89,6 +89,11 @@ void registerGray()
         }
     });
 #endif
+#ifdef ORVCC_HAVE_OPENCV
+    // Float gray in turns with OpenCV and the memcpy of its bytes.
+    registerTurnsWithCvtColor("RGBToGray_32f_C3C1R/turns", wrap<Orv32f, Orv32f>(orviRGBToGray_32f_C3C1R), 12, 4,
+                              CV_32FC3, CV_32FC1, cv::COLOR_RGB2GRAY);
+#endif
 #ifdef ORVCC_HAVE_LIBYUV
     // RAW is R, G, B bytes in memory; J400 is full-range luma.
     registerPeer("RGBToGray_8u_C3C1R/libyuv", [](benchmark::State& state) {

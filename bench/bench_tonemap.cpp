@@ -17,6 +17,20 @@ void fillRamp(float* p)
         p[i] = float((uint64_t(i) * 7919) % 100000) / 7.0f;
 }
 
+#ifdef ORVCC_HAVE_OPENCV
+// The peer: the largest value (or twice the mean) as the white point, then
+// convertTo with the gain.
+void cvToneMap(const cv::Mat& s, cv::Mat& d, bool mean)
+{
+    double lo = 0, hi = 0;
+    if (mean)
+        hi = 2.0 * cv::mean(s)[0];
+    else
+        cv::minMaxLoc(s, &lo, &hi);
+    s.convertTo(d, CV_8U, 255.0 / hi);
+}
+#endif
+
 void registerToneMap(const std::string& name, OrvStatus (*f)(const Orv32f*, int, Orv8u*, int, RoiSize))
 {
     for (bool scalar : {false, true}) {
@@ -51,18 +65,26 @@ void registerToneMaps()
                          cv::Mat s(kHeight, kWidth, CV_32FC1, src.data()), d(kHeight, kWidth, CV_8UC1, dst.data());
                          fillRamp(src.as<float>());
                          for (auto _ : state) {
-                             double lo = 0, hi = 0;
-                             if (mean)
-                                 hi = 2.0 * cv::mean(s)[0];
-                             else
-                                 cv::minMaxLoc(s, &lo, &hi);
-                             s.convertTo(d, CV_8U, 255.0 / hi);
+                             cvToneMap(s, d, mean);
                              benchmark::ClobberMemory();
                          }
                          cv::setNumThreads(-1);
                      });
     }
 #endif
+    // The mean map in turns with its peer.
+    registerTurns("ToneMapMean_32f8u_C1R/turns", 4, 1, Fill::Bytes, [](uint8_t* src, uint8_t* dst) {
+        float* p = reinterpret_cast<float*>(src);
+        fillRamp(p);
+        std::vector<Contender> contenders = {
+            {"ours", [=] { orviToneMapMean_32f8u_C1R(p, kWidth * 4, dst, kWidth, {kWidth, kHeight}); }}};
+#ifdef ORVCC_HAVE_OPENCV
+        const cv::Mat s(kHeight, kWidth, CV_32FC1, p);
+        cv::Mat d(kHeight, kWidth, CV_8UC1, dst);
+        contenders.push_back({"opencv", [=]() mutable { cvToneMap(s, d, true); }});
+#endif
+        return contenders;
+    });
 }
 
 const Registrar registrar(registerToneMaps);

@@ -99,11 +99,9 @@ void registerTwist()
     // policy forced, on the same buffers.
     for (int ch : {3, 4}) {
         const std::string name = ch == 3 ? "ColorTwist_32f_C3R/turns" : "ColorTwist_32f_C4R/turns";
-        benchmark::RegisterBenchmark(name.c_str(), [ch](benchmark::State& state) {
-            const std::size_t bytes = std::size_t(kWidth) * kHeight * ch * 4;
-            Buffer src(bytes, 1, Fill::Float01), dst(bytes, 2, Fill::Float01);
-            const float* s = src.as<float>();
-            float* d = dst.as<float>();
+        registerTurns(name, 4 * ch, 4 * ch, Fill::Float01, [ch](uint8_t* src, uint8_t* dst) {
+            const float* s = reinterpret_cast<const float*>(src);
+            float* d = reinterpret_cast<float*>(dst);
             const int step = kWidth * ch * 4;
             auto ours = [=](int policy) {
                 return [=] {
@@ -115,25 +113,25 @@ void registerTwist()
                     h9::g_streamStores = 0;
                 };
             };
-            std::vector<Contender> contenders = {{"ours", ours(0)},
-                                                 {"ordinary", ours(-1)},
-                                                 {"streaming", ours(1)},
-                                                 {"memcpy", [=] { std::memcpy(d, s, bytes); }}};
+            std::vector<Contender> contenders = {{"ours", ours(0)}, {"ordinary", ours(-1)}, {"streaming", ours(1)},
+                                                 memcpyContender(src, dst, 4 * ch, 4 * ch)};
 #ifdef ORVCC_HAVE_OPENCV
-            cv::setNumThreads(1);
-            const cv::Mat sm(kHeight, kWidth, CV_32FC3, const_cast<float*>(s));
-            cv::Mat dm(kHeight, kWidth, CV_32FC3, d);
-            const cv::Mat m(3, 4, CV_32F, const_cast<float*>(&kTwist[0][0]));
-            if (ch == 3)
+            if (ch == 3) {
+                const cv::Mat sm(kHeight, kWidth, CV_32FC3, src), m(3, 4, CV_32F, const_cast<float*>(&kTwist[0][0]));
+                cv::Mat dm(kHeight, kWidth, CV_32FC3, dst);
                 contenders.push_back({"opencv", [=]() mutable { cv::transform(sm, dm, m); }});
+            }
 #endif
-            runInTurns(state, contenders);
-#ifdef ORVCC_HAVE_OPENCV
-            cv::setNumThreads(-1);
-#endif
-            reportPixels(state, 1LL * kWidth * kHeight);
-        })->Unit(benchmark::kMillisecond)->UseRealTime();
+            return contenders;
+        });
     }
+    registerTurns("ColorTwist_32f_AC4R/turns", 16, 16, Fill::Float01, [](uint8_t* src, uint8_t* dst) {
+        const float* s = reinterpret_cast<const float*>(src);
+        float* d = reinterpret_cast<float*>(dst);
+        return std::vector<Contender>{
+            {"ours", [=] { orviColorTwist_32f_AC4R(s, kWidth * 16, d, kWidth * 16, {kWidth, kHeight}, kTwist); }},
+            memcpyContender(src, dst, 16, 16)};
+    });
 }
 
 const Registrar registrar(registerTwist);

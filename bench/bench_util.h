@@ -213,6 +213,56 @@ inline void runInTurns(benchmark::State& state, const std::vector<Contender>& co
     }
 }
 
+// Registers `name`: the contenders that `make` builds on one source and one
+// destination frame (`srcBytes` and `dstBytes` a pixel, both holding `fill`;
+// the destination has room for the memcpy contender's bytes too), timed in
+// turns on one thread (OpenCV's too).
+using MakeContenders = std::function<std::vector<Contender>(uint8_t* src, uint8_t* dst)>;
+
+inline void registerTurns(const std::string& name, int srcBytes, int dstBytes, Fill fill, MakeContenders make)
+{
+    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+        Buffer src(std::size_t(kWidth) * kHeight * srcBytes, 1, fill);
+        Buffer dst(std::size_t(kWidth) * kHeight * std::max(dstBytes, (srcBytes + dstBytes) / 2), 2, fill);
+        orvSetNumThreads(1);
+#ifdef ORVCC_HAVE_OPENCV
+        cv::setNumThreads(1);
+#endif
+        runInTurns(state, make(src.data(), dst.data()));
+#ifdef ORVCC_HAVE_OPENCV
+        cv::setNumThreads(-1);
+#endif
+        orvSetNumThreads(0);
+        reportPixels(state, 1LL * kWidth * kHeight);
+    })->Unit(benchmark::kMillisecond)->UseRealTime();
+}
+
+// The memcpy contender of a conversion reading S and writing D bytes a
+// pixel: a copy of (S + D) / 2 bytes a pixel between its buffers.
+inline Contender memcpyContender(uint8_t* src, uint8_t* dst, int srcBytes, int dstBytes)
+{
+    const std::size_t bytes = std::size_t(kWidth) * kHeight * (srcBytes + dstBytes) / 2;
+    return {"memcpy", [=] { std::memcpy(dst, src, bytes); }};
+}
+
+#ifdef ORVCC_HAVE_OPENCV
+// Registers `name`: our conversion `call` (`srcBytes` and `dstBytes` a
+// pixel, float frames), OpenCV's cvtColor with `code` between frames of
+// types `cvSrc` and `cvDst`, and the memcpy of the bytes, timed in turns.
+inline void registerTurnsWithCvtColor(const std::string& name, Call call, int srcBytes, int dstBytes, int cvSrc,
+                                      int cvDst, int code)
+{
+    registerTurns(name, srcBytes, dstBytes, Fill::Float01, [=](uint8_t* src, uint8_t* dst) {
+        const cv::Mat s(kHeight, kWidth, cvSrc, src);
+        cv::Mat d(kHeight, kWidth, cvDst, dst);
+        return std::vector<Contender>{
+            {"ours", [=] { call(src, kWidth * srcBytes, dst, kWidth * dstBytes, {kWidth, kHeight}); }},
+            {"opencv", [=]() mutable { cv::cvtColor(s, d, code); }},
+            memcpyContender(src, dst, srcBytes, dstBytes)};
+    });
+}
+#endif
+
 // Families register themselves from static initialisers in their files.
 struct Registrar {
     explicit Registrar(void (*f)()) { f(); }

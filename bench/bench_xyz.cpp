@@ -31,6 +31,13 @@ void registerXyz()
         registerCvtColor("XYZToRGB_32f_C3R" + t + "/opencv", CV_32FC3, cv::COLOR_XYZ2RGB, cvThreads);
 #endif
     }
+#ifdef ORVCC_HAVE_OPENCV
+    // The float members in turns with OpenCV and the memcpy of their bytes.
+    registerTurnsWithCvtColor("RGBToXYZ_32f_C3R/turns", typedCall<Orv32f>(orviRGBToXYZ_32f_C3R), 12, 12, CV_32FC3,
+                              CV_32FC3, cv::COLOR_RGB2XYZ);
+    registerTurnsWithCvtColor("XYZToRGB_32f_C3R/turns", typedCall<Orv32f>(orviXYZToRGB_32f_C3R), 12, 12, CV_32FC3,
+                              CV_32FC3, cv::COLOR_XYZ2RGB);
+#endif
 }
 
 const Registrar registrar(registerXyz);
